@@ -1,0 +1,73 @@
+// Events: a status that is set once, and those who wait for it.
+#pragma once
+
+#include "error.hpp"
+
+#include <basalt/basalt.h>
+
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace basalt {
+using event = _bs_event_handle_t;
+using event_ref = boost::intrusive_ptr<event>;
+} // namespace basalt
+
+struct _bs_event_handle_t {
+public:
+    /// Called once with the status and the words of a failure; never under a lock.
+    using listener = std::function<void(bs_result_t status, const std::string& message)>;
+
+    _bs_event_handle_t() = default;
+    _bs_event_handle_t(const _bs_event_handle_t&) = delete;
+    _bs_event_handle_t& operator=(const _bs_event_handle_t&) = delete;
+
+    bool completed() const { return completed_.load(std::memory_order_acquire); }
+    /// Blocks until the event has completed.
+    void wait() const;
+    /// Status and words; the event must have completed.
+    bs_result_t status() const { return status_; }
+    const std::string& message() const { return message_; }
+
+    /// Calls \p f when the event completes, in order of registration; at once if that is over.
+    void listen(listener f);
+
+    /// The event will be completed by a command and by nobody else. Throws if it is bound or completed
+    /// already.
+    void bind_to_command();
+
+    /// Completes the event on this thread, which must be the driver's.
+    void complete(bs_result_t status, std::string message);
+    /// Completes it from a caller's thread: listeners run on a thread of the driver. Throws if that is not
+    /// allowed.
+    void signal(bs_result_t status);
+
+    friend void intrusive_ptr_add_ref(_bs_event_handle_t* e) {
+        e->references_.fetch_add(1, std::memory_order_relaxed);
+    }
+    friend void intrusive_ptr_release(_bs_event_handle_t* e);
+
+private:
+    enum class owner { nobody, host, command };
+
+    void complete_from_host(bs_result_t status, std::string message);
+    void settle(bs_result_t status, std::string message);
+    void deliver();
+
+    mutable std::mutex mutex_;
+    mutable std::condition_variable changed_;
+    std::atomic<bool> completed_{false};
+    std::atomic<int> references_{0};
+    owner owner_ = owner::nobody;
+    bool delivering_ = false;
+    bs_result_t status_ = BS_NOT_READY;
+    std::string message_;
+    std::deque<listener> listeners_;
+};
