@@ -1,0 +1,140 @@
+#include "buffer_impl.hpp"
+
+#include "command.hpp"
+#include "driver.hpp"
+#include "host_threads.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace sycl::detail {
+
+namespace {
+
+constexpr std::size_t host_alignment = 64;
+
+void* allocate_on_host(std::size_t bytes) {
+    return ::operator new(bytes, std::align_val_t(host_alignment));
+}
+
+} // namespace
+
+buffer_impl::buffer_impl(std::size_t bytes, void* host) : bytes_(bytes) {
+    if (host != nullptr) {
+        copies_.push_back(std::make_unique<copy>(copy{{}, host, false, true, nullptr}));
+    }
+}
+
+buffer_impl::~buffer_impl() {
+    for (const auto& each : copies_) {
+        free(*each);
+    }
+}
+
+void* buffer_impl::address(const memory_space& space) {
+    return copy_in(space).memory;
+}
+
+void buffer_impl::mark_valid_on_host() {
+    copy_in({}).valid = true;
+}
+
+void buffer_impl::order(const requirement& use, const memory_space& space,
+                        const std::shared_ptr<command>& user) {
+    forget_completed();
+    copy& target = copy_in(space);
+    if (use.reads()) {
+        bring_contents(target);
+        user->order_after(target.producer);
+    }
+    if (use.writes()) {
+        become_writer(target, user);
+    }
+    users_.push_back(user);
+}
+
+buffer_impl::copy& buffer_impl::copy_in(const memory_space& space) {
+    for (const auto& each : copies_) {
+        if (each->space.context == space.context) {
+            return *each;
+        }
+    }
+    auto made = std::make_unique<copy>(copy{space, allocate(space), true, false, nullptr});
+    return *copies_.emplace_back(std::move(made));
+}
+
+void* buffer_impl::allocate(const memory_space& space) const {
+    const std::size_t bytes = std::max<std::size_t>(bytes_, 1);
+    if (space.context == nullptr) {
+        return allocate_on_host(bytes);
+    }
+    void* memory = space.context->allocate(usm::alloc::device, bytes, 0, *space.device);
+    if (memory == nullptr) {
+        throw exception(errc::memory_allocation, "no memory for a buffer of " + std::to_string(bytes_) +
+                                                     " bytes on " + space.device->facts().name);
+    }
+    return memory;
+}
+
+void buffer_impl::free(const copy& old) const {
+    if (!old.owned) {
+        return;
+    }
+    if (old.space.context == nullptr) {
+        ::operator delete(old.memory, std::align_val_t(host_alignment));
+    } else {
+        old.space.context->free(old.memory);
+    }
+}
+
+/// A copy between memories is a command of its own: it reads one copy of the buffer and produces another.
+void buffer_impl::bring_contents(copy& target) {
+    if (target.valid) {
+        return;
+    }
+    target.valid = true;
+    const auto found = std::find_if(copies_.begin(), copies_.end(),
+                                    [&](const auto& each) { return each->valid && each.get() != &target; });
+    if (found == copies_.end()) {
+        return; // never written: there is nothing to bring
+    }
+    const auto mover = std::make_shared<command>(nullptr);
+    mover->set_action(
+        [to = target.memory, from = (*found)->memory, n = bytes_](const std::shared_ptr<command>& self) {
+            post_to_host_threads([=] {
+                std::memcpy(to, from, n);
+                self->finish(nullptr);
+            });
+        });
+    mover->order_after((*found)->producer);
+    mover->release_into_graph();
+    target.producer = mover;
+    users_.push_back(mover);
+}
+
+void buffer_impl::become_writer(copy& target, const std::shared_ptr<command>& user) {
+    for (const auto& other : users_) {
+        user->order_after(other);
+    }
+    users_.clear();
+    for (const auto& each : copies_) {
+        each->valid = false;
+        each->producer = nullptr;
+    }
+    target.valid = true;
+    target.producer = user;
+}
+
+void buffer_impl::forget_completed() {
+    users_.erase(
+        std::remove_if(users_.begin(), users_.end(), [](const auto& each) { return each->complete(); }),
+        users_.end());
+    for (const auto& each : copies_) {
+        if (each->producer != nullptr && each->producer->complete()) {
+            each->producer = nullptr;
+        }
+    }
+}
+
+} // namespace sycl::detail

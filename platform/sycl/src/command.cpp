@@ -1,0 +1,170 @@
+#include "command.hpp"
+
+#include "queue_impl.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace sycl::detail {
+
+std::mutex& graph_lock() {
+    static std::mutex lock;
+    return lock;
+}
+
+namespace {
+
+/// The failure of a command whose dependency failed, in words that tell the first cause.
+std::exception_ptr not_run(const std::exception_ptr& cause) {
+    std::string why = "unknown exception";
+    try {
+        std::rethrow_exception(cause);
+    } catch (const std::exception& error) {
+        why = error.what();
+    } catch (...) {
+    }
+    return std::make_exception_ptr(
+        exception(errc::runtime, "not run, since a command that it depends on failed: " + why));
+}
+
+} // namespace
+
+command::command(std::shared_ptr<queue_impl> queue)
+    : queue_(std::move(queue)), origin_(queue_), internal_(queue_ == nullptr),
+      backend_(queue_ == nullptr ? sycl::backend::host : queue_->device()->get_backend()) {}
+
+void command::submit(const std::vector<std::shared_ptr<command>>& needed,
+                     const std::vector<std::shared_ptr<command>>& earlier,
+                     const std::vector<requirement>& requirements, const memory_space& space) {
+    const auto self = shared_from_this();
+    bool ready = false;
+    {
+        const std::lock_guard guard(graph_lock());
+        for (const auto& other : needed) {
+            depend_on(other, true);
+        }
+        for (const auto& other : earlier) {
+            depend_on(other, false);
+        }
+        for (const auto& use : requirements) {
+            use.buffer->order(use, space, self);
+        }
+        ready = --unmet_ == 0;
+    }
+    if (ready) {
+        start();
+    }
+}
+
+void command::release_into_graph() {
+    if (--unmet_ == 0) {
+        start();
+    }
+}
+
+void command::order_after(const std::shared_ptr<command>& other) {
+    depend_on(other, false);
+}
+
+void command::depend_on(const std::shared_ptr<command>& other, bool needs_success) {
+    if (other == nullptr || other.get() == this) {
+        return;
+    }
+    if (!other->complete()) {
+        other->dependents_.push_back({shared_from_this(), needs_success});
+        dependencies_.push_back(other);
+        ++unmet_;
+    } else if (needs_success && other->error_ != nullptr) {
+        failed_dependency_ = other->error_;
+    }
+}
+
+void command::start() {
+    if (failed_dependency_ != nullptr) {
+        finish(not_run(failed_dependency_));
+        return;
+    }
+    const auto queue = queue_; // the command may end, and let its queue go, while the action still returns
+    const action what = std::move(action_);
+    enter(state::running);
+    try {
+        what(shared_from_this());
+    } catch (...) {
+        finish(std::current_exception());
+    }
+}
+
+void command::finish(std::exception_ptr error) {
+    const auto self = shared_from_this();
+    if (error != nullptr && queue_ != nullptr) {
+        queue_->report(error);
+    }
+    action_ = nullptr;
+    resources_.clear();
+    const auto ready = complete_and_release(error);
+    for (const auto& next : ready) {
+        next->start();
+    }
+    if (const auto queue = std::move(queue_)) {
+        queue->forget(self);
+    }
+}
+
+std::vector<std::shared_ptr<command>> command::complete_and_release(const std::exception_ptr& error) {
+    std::vector<std::shared_ptr<command>> ready;
+    const std::lock_guard guard(graph_lock());
+    error_ = error;
+    enter(state::complete);
+    dependencies_.clear();
+    for (auto& [waiting, needs_success] : std::exchange(dependents_, {})) {
+        if (needs_success && error != nullptr) {
+            waiting->failed_dependency_ = error;
+        }
+        if (--waiting->unmet_ == 0) {
+            ready.push_back(std::move(waiting));
+        }
+    }
+    return ready;
+}
+
+void command::enter(state next) {
+    state_.store(next, std::memory_order_release);
+    state_.notify_all();
+}
+
+info::event_command_status command::status() const {
+    switch (state_.load(std::memory_order_acquire)) {
+    case state::waiting:
+        return info::event_command_status::submitted;
+    case state::running:
+        return info::event_command_status::running;
+    default:
+        return info::event_command_status::complete;
+    }
+}
+
+void command::wait() const {
+    for (auto now = state_.load(std::memory_order_acquire); now != state::complete;
+         now = state_.load(std::memory_order_acquire)) {
+        state_.wait(now, std::memory_order_acquire);
+    }
+}
+
+void command::wait_for_start() const {
+    state_.wait(state::waiting, std::memory_order_acquire);
+}
+
+std::vector<std::shared_ptr<command>> command::waiting_for() {
+    std::vector<std::shared_ptr<command>> result;
+    const std::lock_guard guard(graph_lock());
+    for (const auto& weak : dependencies_) {
+        auto other = weak.lock();
+        const bool listed = std::find(result.begin(), result.end(), other) != result.end();
+        if (other != nullptr && !other->internal_ && !other->complete() && !listed) {
+            result.push_back(std::move(other));
+        }
+    }
+    return result;
+}
+
+} // namespace sycl::detail

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "buffer_impl.hpp"
+#include "driver.hpp"
+
+#include <atomic>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace sycl::detail {
+
+class queue_impl;
+
+/// One lock guards the graph: dependents, counts of unmet dependencies, and the state of buffers.
+std::mutex& graph_lock();
+
+/**
+ * A node of the command graph and the state behind an event. It waits for its dependencies, starts, and ends
+ * with one finish(). What it needs (kernel object, host task, accessors) goes before the command counts as
+ * complete.
+ */
+class command : public std::enable_shared_from_this<command> {
+public:
+    using action = std::function<void(const std::shared_ptr<command>&)>;
+
+    /// \p queue may be null for work of the runtime's own.
+    explicit command(std::shared_ptr<queue_impl> queue);
+
+    /// The queue that the errors of this command go to; null if it is gone.
+    std::shared_ptr<queue_impl> queue() const { return origin_.lock(); }
+    sycl::backend get_backend() const { return backend_; }
+
+    void set_action(action what) { action_ = std::move(what); }
+    bool has_action() const { return action_ != nullptr; }
+    /// Keeps \p resource alive until the command has run.
+    void keep(std::shared_ptr<void> resource) { resources_.push_back(std::move(resource)); }
+
+    /**
+     * Enters the command into the graph and starts it as soon as its dependencies allow. \p needed are the
+     * commands whose failure fails this one; \p earlier only have to be over.
+     */
+    void submit(const std::vector<std::shared_ptr<command>>& needed,
+                const std::vector<std::shared_ptr<command>>& earlier,
+                const std::vector<requirement>& requirements, const memory_space& space);
+
+    /// As submit(), with the graph lock held, for an action that only hands its work to another thread.
+    void release_into_graph();
+
+    /// Ends the command; a non-null \p error is reported to its queue.
+    void finish(std::exception_ptr error);
+
+    info::event_command_status status() const;
+    bool complete() const { return state_.load(std::memory_order_acquire) == state::complete; }
+    void wait() const;
+    /// Blocks until the command has started, for commands that run on the caller's thread.
+    void wait_for_start() const;
+
+    /// The commands of users that this one waits for directly, without those that have completed.
+    std::vector<std::shared_ptr<command>> waiting_for();
+
+    /// With the graph lock held: this command starts only after \p other is over.
+    void order_after(const std::shared_ptr<command>& other);
+
+private:
+    enum class state { waiting, running, complete };
+
+    struct dependent {
+        std::shared_ptr<command> waiting;
+        bool needs_success;
+    };
+
+    void depend_on(const std::shared_ptr<command>& other, bool needs_success);
+    void start();
+    void enter(state next);
+    std::vector<std::shared_ptr<command>> complete_and_release(const std::exception_ptr& error);
+
+    // A running command keeps its queue. A finished one does not: it may go while the graph lock is held, and
+    // the end of a queue calls the user's handler.
+    std::shared_ptr<queue_impl> queue_;
+    const std::weak_ptr<queue_impl> origin_;
+    const bool internal_; ///< work of the runtime's own, which no user sees
+    const sycl::backend backend_;
+    action action_;
+    std::vector<std::shared_ptr<void>> resources_;
+    std::atomic<state> state_{state::waiting};
+
+    // Guarded by the graph lock.
+    std::size_t unmet_ = 1; ///< the one keeps a command from starting while it is being entered
+    std::vector<dependent> dependents_;
+    std::vector<std::weak_ptr<command>> dependencies_;
+    std::exception_ptr error_;
+    std::exception_ptr failed_dependency_;
+};
+
+} // namespace sycl::detail

@@ -1,0 +1,111 @@
+#include "queue_impl.hpp"
+
+#include "command.hpp"
+#include "command_group.hpp"
+#include "host_threads.hpp"
+
+#include <cstdio>
+#include <utility>
+
+namespace sycl::detail {
+
+namespace {
+
+/// What happens to errors that nobody asked for.
+void report_and_terminate(const exception_list& errors) {
+    for (const auto& error : errors) {
+        try {
+            std::rethrow_exception(error);
+        } catch (const std::exception& known) {
+            std::fprintf(stderr, "asynchronous error without a handler: %s\n", known.what());
+        } catch (...) {
+            std::fprintf(stderr, "asynchronous error without a handler, of unknown type\n");
+        }
+    }
+    std::terminate();
+}
+
+} // namespace
+
+queue_impl::queue_impl(std::shared_ptr<context_impl> context, std::shared_ptr<device_impl> device,
+                       async_handler handler, bool in_order, std::unique_ptr<native_queue> native)
+    : context_(std::move(context)), device_(std::move(device)), handler_(std::move(handler)),
+      in_order_(in_order), native_(std::move(native)) {}
+
+queue_impl::~queue_impl() {
+    throw_asynchronous();
+    if (runtime_thread_scope::active()) {
+        // The driver waits for its threads when a queue goes, and this may be one of them.
+        post_to_host_threads(
+            [keep = context_, native = std::shared_ptr<native_queue>(std::move(native_))] {});
+    }
+}
+
+std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>& group) {
+    command_group description(shared_from_this());
+    description.describe(group);
+    const auto made = description.command();
+    std::unique_lock chain(order_, std::defer_lock);
+    if (in_order_) {
+        chain.lock();
+    }
+    const auto previous = enqueue(made);
+    try {
+        made->submit(description.dependencies(), {previous}, description.requirements(), description.space());
+    } catch (...) {
+        made->finish(nullptr);
+        throw;
+    }
+    return made;
+}
+
+std::shared_ptr<command> queue_impl::enqueue(const std::shared_ptr<command>& next) {
+    const std::lock_guard guard(lock_);
+    in_flight_.insert(next);
+    return in_order_ ? std::exchange(last_, next) : nullptr;
+}
+
+void queue_impl::forget(const std::shared_ptr<command>& finished) {
+    const std::lock_guard guard(lock_);
+    in_flight_.erase(finished);
+    if (last_ == finished) {
+        last_ = nullptr;
+    }
+}
+
+void queue_impl::wait() {
+    std::vector<std::shared_ptr<command>> pending;
+    {
+        const std::lock_guard guard(lock_);
+        pending.assign(in_flight_.begin(), in_flight_.end());
+    }
+    for (const auto& each : pending) {
+        each->wait();
+    }
+}
+
+void queue_impl::report(std::exception_ptr error) {
+    const std::lock_guard guard(lock_);
+    errors_.push_back(std::move(error));
+}
+
+void queue_impl::throw_asynchronous() {
+    std::vector<std::exception_ptr> errors;
+    {
+        const std::lock_guard guard(lock_);
+        errors.swap(errors_);
+    }
+    if (errors.empty()) {
+        return;
+    }
+    const exception_list list(std::move(errors));
+    if (handler_) {
+        handler_(list);
+    } else if (context_->handler()) {
+        context_->handler()(list);
+    } else {
+        report_and_terminate(list);
+    }
+}
+
+} // namespace sycl::detail

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "driver.hpp"
+
+#include <sycl/event.hpp>
+#include <sycl/handler.hpp>
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <unordered_set>
+#include <vector>
+
+namespace sycl::detail {
+
+class command;
+
+class queue_impl : public std::enable_shared_from_this<queue_impl> {
+public:
+    queue_impl(std::shared_ptr<context_impl> context, std::shared_ptr<device_impl> device,
+               async_handler handler, bool in_order, std::unique_ptr<native_queue> native);
+    ~queue_impl();
+    queue_impl(const queue_impl&) = delete;
+    queue_impl& operator=(const queue_impl&) = delete;
+
+    const std::shared_ptr<context_impl>& context() const { return context_; }
+    const std::shared_ptr<device_impl>& device() const { return device_; }
+    bool in_order() const { return in_order_; }
+    native_queue& native() { return *native_; }
+
+    std::shared_ptr<command> submit(const std::function<void(handler&)>& group);
+    void wait();
+    void throw_asynchronous();
+
+    void report(std::exception_ptr error);
+    void forget(const std::shared_ptr<command>& finished);
+
+private:
+    /// Counts the command as in flight and returns the one that an in-order queue runs before it.
+    std::shared_ptr<command> enqueue(const std::shared_ptr<command>& next);
+
+    std::shared_ptr<context_impl> context_;
+    std::shared_ptr<device_impl> device_;
+    async_handler handler_;
+    bool in_order_;
+    std::unique_ptr<native_queue> native_;
+
+    std::mutex lock_;
+    std::mutex order_; ///< held over a submission to an in-order queue, so that its commands form one chain
+    std::unordered_set<std::shared_ptr<command>> in_flight_;
+    std::shared_ptr<command> last_;
+    std::vector<std::exception_ptr> errors_;
+};
+
+} // namespace sycl::detail
