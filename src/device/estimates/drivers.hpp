@@ -1,0 +1,111 @@
+/**
+ * \file drivers.hpp
+ * \brief The device side of each estimate: its functor, and the launch routine of its form. Each returns the
+ * event of the last kernel.
+ */
+#pragma once
+
+#include "../basic_submit.hpp"
+#include "central_funcs.hpp"
+#include "mean_func.hpp"
+#include "raw_funcs.hpp"
+#include "shape_funcs.hpp"
+
+#include <stats/dataset.hpp>
+#include <stats/method.hpp>
+
+#include <sycl/sycl.hpp>
+
+#include <vector>
+
+namespace aurelo::qtx::stats::detail::gpu {
+
+using event_list = std::vector<sycl::event>;
+
+template <layout L, typename T>
+using buffer_dataset = dataset<L, sycl::buffer<T, 1>>;
+
+/** \brief One-element buffers that stand in for absent outputs; never written. */
+template <typename T>
+sycl::buffer<T, 1> make_spare() {
+    return sycl::buffer<T, 1>(sycl::range<1>(1));
+}
+
+/** \brief Runs a functor of outputs of orders 1 to 4 that are buffers. */
+template <typename Functor, typename T, layout L>
+sycl::event run_raw(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out1,
+                    sycl::buffer<T, 1> out2, sycl::buffer<T, 1> out3, sycl::buffer<T, 1> out4) {
+    auto spare2 = make_spare<T>();
+    auto spare3 = make_spare<T>();
+    auto spare4 = make_spare<T>();
+    return submit_basic(queue, data, Functor(out1, out2, out3, out4, spare2, spare3, spare4));
+}
+
+/** \brief Runs a functor of outputs of orders 2 to 4 that are buffers, about \p mean if there is one. */
+template <typename Functor, typename T, layout L, typename... Mean>
+sycl::event run_central(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out2,
+                        sycl::buffer<T, 1> out3, sycl::buffer<T, 1> out4, Mean... mean) {
+    auto spare3 = make_spare<T>();
+    auto spare4 = make_spare<T>();
+    return submit_basic(queue, data, Functor(out2, out3, out4, spare3, spare4), mean...);
+}
+
+template <method M, typename T, layout L>
+sycl::event mean(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out) {
+    return submit_basic(queue, data, mean_func<T, false>(out));
+}
+template <method M, typename T, layout L>
+sycl::event mean(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
+    return submit_basic_usm(queue, data, mean_func<T, true>(out), dependencies);
+}
+
+template <method M, typename T, layout L>
+sycl::event raw_sum(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out1,
+                    sycl::buffer<T, 1> out2, sycl::buffer<T, 1> out3, sycl::buffer<T, 1> out4) {
+    return run_raw<raw_sum_func_fast<T, false>>(queue, data, out1, out2, out3, out4);
+}
+template <method M, typename T, layout L>
+sycl::event raw_sum(sycl::queue& queue, dataset<L, T*> data, T* out1, T* out2, T* out3, T* out4,
+                    const event_list& dependencies) {
+    return submit_basic_usm(queue, data, raw_sum_func_fast<T, true>(out1, out2, out3, out4), dependencies);
+}
+
+template <method M, typename T, layout L>
+sycl::event raw_moment(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out1,
+                       sycl::buffer<T, 1> out2, sycl::buffer<T, 1> out3, sycl::buffer<T, 1> out4) {
+    return run_raw<raw_moment_func_fast<T, false>>(queue, data, out1, out2, out3, out4);
+}
+template <method M, typename T, layout L>
+sycl::event raw_moment(sycl::queue& queue, dataset<L, T*> data, T* out1, T* out2, T* out3, T* out4,
+                       const event_list& dependencies) {
+    return submit_basic_usm(queue, data, raw_moment_func_fast<T, true>(out1, out2, out3, out4), dependencies);
+}
+
+template <method M, typename T, layout L>
+sycl::event variation(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out) {
+    return submit_basic(queue, data, variation_func_fast<T, false>(out));
+}
+template <method M, typename T, layout L>
+sycl::event variation(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
+    return submit_basic_usm(queue, data, variation_func_fast<T, true>(out), dependencies);
+}
+
+template <method M, typename T, layout L>
+sycl::event skewness(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out) {
+    return submit_basic(queue, data, skewness_func_fast<T, false>(out));
+}
+template <method M, typename T, layout L>
+sycl::event skewness(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
+    return submit_basic_usm(queue, data, skewness_func_fast<T, true>(out), dependencies);
+}
+
+template <method M, typename T, layout L>
+sycl::event kurtosis(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out) {
+    return submit_basic(queue, data, kurtosis_func_fast<T, false>(out));
+}
+template <method M, typename T, layout L>
+sycl::event kurtosis(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
+    return submit_basic_usm(queue, data, kurtosis_func_fast<T, true>(out), dependencies);
+}
+
+} // namespace aurelo::qtx::stats::detail::gpu

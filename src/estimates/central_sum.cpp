@@ -1,0 +1,85 @@
+#include "frame.hpp"
+
+#include "device/estimates/drivers.hpp"
+
+#include <stats/central_sum.hpp>
+
+namespace aurelo::qtx::stats {
+
+template <method M, typename T, layout L>
+void central_sum(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data,
+                 sycl::buffer<T, 1> central_sum_2, sycl::buffer<T, 1> central_sum_3,
+                 sycl::buffer<T, 1> central_sum_4) {
+    detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
+    if (detail::road_of(queue, "central_sum") == detail::road::host) {
+        detail::refuse_host("central_sum");
+    }
+    if constexpr (M == method::fast) {
+        using functor = detail::gpu::central_sum_func_fast<T, false>;
+        detail::gpu::run_central<functor>(queue, data, central_sum_2, central_sum_3, central_sum_4);
+    } else {
+        detail::refuse_method("central_sum");
+    }
+}
+
+template <method M, typename T, layout L>
+sycl::event central_sum(sycl::queue& queue, const dataset<L, T*>& data, T* central_sum_2, T* central_sum_3,
+                        T* central_sum_4, [[maybe_unused]] const std::vector<sycl::event>& dependencies) {
+    detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
+    if (detail::road_of(queue, "central_sum") == detail::road::host) {
+        detail::refuse_host("central_sum");
+    }
+    if constexpr (M == method::fast) {
+        const detail::gpu::central_sum_func_fast<T, true> functor(central_sum_2, central_sum_3,
+                                                                  central_sum_4);
+        return detail::gpu::submit_basic_usm(queue, data, functor, dependencies);
+    } else {
+        detail::refuse_method("central_sum");
+    }
+}
+
+template <method M, typename T, layout L>
+void central_sum(sycl::queue& queue, sycl::buffer<T, 1> mean, const dataset<L, sycl::buffer<T, 1>>& data,
+                 sycl::buffer<T, 1> central_sum_2, sycl::buffer<T, 1> central_sum_3,
+                 sycl::buffer<T, 1> central_sum_4) {
+    detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
+    detail::check_present("central_sum", "mean", mean);
+    if (detail::road_of(queue, "central_sum") == detail::road::host) {
+        detail::refuse_host("central_sum");
+    }
+    using functor = detail::gpu::central_sum_func_user_mean<T, false>;
+    detail::gpu::run_central<functor>(queue, data, central_sum_2, central_sum_3, central_sum_4, mean);
+}
+
+template <method M, typename T, layout L>
+sycl::event central_sum(sycl::queue& queue, T* mean, const dataset<L, T*>& data, T* central_sum_2,
+                        T* central_sum_3, T* central_sum_4, const std::vector<sycl::event>& dependencies) {
+    detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
+    detail::check_present("central_sum", "mean", mean);
+    if (detail::road_of(queue, "central_sum") == detail::road::host) {
+        detail::refuse_host("central_sum");
+    }
+    const detail::gpu::central_sum_func_user_mean<T, true> functor(central_sum_2, central_sum_3,
+                                                                   central_sum_4);
+    return detail::gpu::submit_basic_usm(queue, data, functor, dependencies, mean);
+}
+
+// The forms of one method.
+#define FORMS_OF(M, T, L)                                                                                    \
+    template void central_sum<M, T, L>(sycl::queue&, const dataset<L, sycl::buffer<T, 1>>&,                  \
+                                       sycl::buffer<T, 1>, sycl::buffer<T, 1>, sycl::buffer<T, 1>);          \
+    template sycl::event central_sum<M, T, L>(sycl::queue&, const dataset<L, T*>&, T*, T*, T*,               \
+                                              const std::vector<sycl::event>&);
+#define FORMS(T, L)                                                                                          \
+    FORMS_OF(method::fast, T, L)                                                                             \
+    FORMS_OF(method::standard, T, L)                                                                         \
+    template void central_sum<method::fast, T, L>(sycl::queue&, sycl::buffer<T, 1>,                          \
+                                                  const dataset<L, sycl::buffer<T, 1>>&, sycl::buffer<T, 1>, \
+                                                  sycl::buffer<T, 1>, sycl::buffer<T, 1>);                   \
+    template sycl::event central_sum<method::fast, T, L>(sycl::queue&, T*, const dataset<L, T*>&, T*, T*,    \
+                                                         T*, const std::vector<sycl::event>&);
+QTX_INSTANTIATE_ESTIMATE(FORMS)
+#undef FORMS
+#undef FORMS_OF
+
+} // namespace aurelo::qtx::stats
