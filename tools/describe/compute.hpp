@@ -1,0 +1,30 @@
+#pragma once
+
+#include <vector>
+
+#include "device.hpp"
+#include "estimate_list.hpp"
+#include "problem.hpp"
+#include "report.hpp"
+
+namespace aurelo::qtx::describe {
+
+/// What to compute, and how.
+struct computation {
+    std::vector<planned_call> calls;
+    bool standard_method = false;
+};
+
+/// Calls the library in its buffer form; the results stand in the order in which estimates are shown.
+///
+/// Errors of the library and of the runtime are thrown as they are, asynchronous ones included.
+template <typename T>
+std::vector<computed<T>> compute_with_buffers(compute_queue& queue, const problem<T>& data,
+                                              const computation& what);
+
+/// The same in the form with unified shared memory.
+template <typename T>
+std::vector<computed<T>> compute_with_usm(compute_queue& queue, const problem<T>& data,
+                                          const computation& what);
+
+} // namespace aurelo::qtx::describe

@@ -1,0 +1,98 @@
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "compute.hpp"
+#include "csv_table.hpp"
+#include "device.hpp"
+#include "errors.hpp"
+#include "estimate_list.hpp"
+#include "options.hpp"
+#include "problem.hpp"
+#include "report.hpp"
+#include "text.hpp"
+
+namespace aurelo::qtx::describe {
+
+namespace {
+
+constexpr int success = 0;
+constexpr int computation_failed = 1;
+constexpr int bad_input = 2;
+
+/// Bold headings are for people at a terminal, unless they refuse them by the usual variable.
+bool styled_output() {
+    return isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
+}
+
+void write_out(const std::string& text) {
+    std::cout << text << std::flush;
+    if (!std::cout) {
+        throw std::runtime_error("standard output cannot be written");
+    }
+}
+
+estimate_selection selection_of(const options& opts, bool cpu_path) {
+    const auto selection = opts.estimates ? select_estimates(*opts.estimates)
+                                          : default_estimates(opts.standard_method(), cpu_path);
+    check_selection(selection, opts.standard_method(), opts.mean.has_value());
+    return selection;
+}
+
+template <typename T>
+std::string describe_file(const options& opts) {
+    const sycl::device device = find_device(opts.device);
+    const device_facts facts = facts_of(device);
+    const auto selection = selection_of(opts, facts.cpu_path);
+    const auto data = make_problem(read_csv_file<T>(opts.file), opts);
+    const computation what{plan_calls(selection, opts.mean.has_value()), opts.standard_method()};
+    compute_queue queue(device);
+    const auto results =
+        opts.form == "buffer" ? compute_with_buffers(queue, data, what) : compute_with_usm(queue, data, what);
+    const report<T> shown{opts, data, facts, results};
+    return opts.json ? to_json(shown) : to_table(shown, styled_output());
+}
+
+std::string output_of(const options& opts) {
+    if (opts.list_devices) {
+        return device_list(styled_output());
+    }
+    return opts.type == "float" ? describe_file<float>(opts) : describe_file<double>(opts);
+}
+
+int run(int argc, const char* const* argv) {
+    const auto parsed = parse_options(argc, argv);
+    if (const auto* help = std::get_if<help_text>(&parsed)) {
+        write_out(help->text);
+    } else {
+        write_out(output_of(std::get<options>(parsed)));
+    }
+    return success;
+}
+
+int complain(const std::exception& error, int exit_code) {
+    std::cerr << "qtx-describe: " << escaped(error.what()) << std::endl;
+    return exit_code;
+}
+
+} // namespace
+
+} // namespace aurelo::qtx::describe
+
+int main(int argc, char** argv) {
+    using namespace aurelo::qtx::describe;
+    try {
+        return run(argc, argv);
+    } catch (const input_error& error) {
+        return complain(error, bad_input);
+    } catch (const std::exception& error) {
+        return complain(error, computation_failed);
+    }
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace aurelo::qtx::describe {
+
+/// What the command line says. The words of a choice are kept as written: they go into the output unchanged.
+struct options {
+    std::string file;
+    bool json = false;
+    bool list_devices = false;
+    std::string device = "cpu";                        ///< cpu, gpu, opencl, accelerator
+    std::string type = "double";                       ///< float, double
+    std::string layout = "by_dimension";               ///< by_dimension, by_observation
+    std::string form = "usm";                          ///< buffer, usm
+    std::string method = "fast";                       ///< fast, standard
+    std::vector<std::string> mask;                     ///< columns left out of the computation
+    std::optional<std::string> weights;                ///< the column of weights
+    std::optional<std::vector<std::string>> mean;      ///< the caller's mean, one text per dimension
+    std::optional<std::vector<std::string>> estimates; ///< names; absent: all that can be computed
+
+    bool standard_method() const { return method == "standard"; }
+};
+
+/// Text that was asked for instead of a run, by --help or --version.
+struct help_text {
+    std::string text;
+};
+
+/// \throws input_error for options that are unknown, malformed or contradict each other.
+std::variant<options, help_text> parse_options(int argc, const char* const* argv);
+
+} // namespace aurelo::qtx::describe

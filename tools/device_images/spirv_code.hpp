@@ -1,0 +1,15 @@
+#pragma once
+
+#include <llvm/IR/Module.h>
+
+#include <string>
+
+namespace device_images {
+
+/// Names the target of images in \p module. Call it once, before code is made of its parts.
+void prepare_for_spirv(llvm::Module& module);
+
+/// The SPIR-V of a prepared module, which is used up.
+std::string spirv_of(llvm::Module& module);
+
+} // namespace device_images

@@ -1,0 +1,72 @@
+/**
+ * Splits the device code of a translation unit into one SPIR-V module per kernel.
+ *
+ *     split_images CODE.bc IMAGES.spv INDEX.txt
+ *
+ * CODE.bc is what the device compiler made of the unit. IMAGES.spv gets the modules, one behind the other;
+ * INDEX.txt one line for each: entry name, offset, size, 1 if it computes in double, number of arguments,
+ * bytes of the first argument.
+ */
+#include "kernels.hpp"
+#include "spirv_code.hpp"
+
+#include <llvm/IR/LLVMContext.h>
+#include <llvm/IRReader/IRReader.h>
+#include <llvm/Support/SourceMgr.h>
+
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <stdexcept>
+
+namespace {
+
+std::unique_ptr<llvm::Module> read_module(const char* path, llvm::LLVMContext& context) {
+    llvm::SMDiagnostic error;
+    auto module = llvm::parseIRFile(path, error, context);
+    if (module == nullptr) {
+        throw std::runtime_error(std::string(path) + ": " + error.getMessage().str());
+    }
+    return module;
+}
+
+void split(const char* code, const char* images, const char* index) {
+    llvm::LLVMContext context;
+    const auto module = read_module(code, context);
+    device_images::prepare_for_spirv(*module);
+    device_images::drop_type_names(*module);
+    std::ofstream image_file(images, std::ios::binary);
+    std::ofstream index_file(index);
+    std::size_t offset = 0;
+    for (const llvm::Function* kernel : device_images::kernels_of(*module)) {
+        const std::string name = kernel->getName().str();
+        const auto alone = device_images::extract(*kernel);
+        const auto needs = device_images::needs_of(*alone);
+        const std::string image = device_images::spirv_of(*alone);
+        image_file << image;
+        index_file << name << ' ' << offset << ' ' << image.size() << ' ' << needs.fp64 << ' '
+                   << needs.n_arguments << ' ' << needs.argument_bytes << '\n';
+        offset += image.size();
+    }
+    image_file.close();
+    index_file.close();
+    if (!image_file || !index_file) {
+        throw std::runtime_error(std::string("cannot write ") + images + " and " + index);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: %s CODE.bc IMAGES.spv INDEX.txt\n", argv[0]);
+        return 2;
+    }
+    try {
+        split(argv[1], argv[2], argv[3]);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+        return 1;
+    }
+    return 0;
+}
