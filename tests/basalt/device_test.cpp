@@ -1,0 +1,158 @@
+// Devices, limits, contexts and memory.
+#include "driver_fixture.hpp"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using namespace basalt_test;
+using testing::HasSubstr;
+
+TEST(devices, added_ones_are_listed_and_hidden_ones_are_not) {
+    std::uint32_t before = 0;
+    check(bs_device_count(platform(), &before));
+    const bs_device_desc_t desc = desc_with(4, 1);
+    bs_device_handle_t listed = nullptr;
+    bs_device_handle_t hidden = nullptr;
+    check(bs_device_add(platform(), &desc, &listed));
+    check(bs_device_add_hidden(platform(), &desc, &hidden));
+    std::uint32_t after = 0;
+    check(bs_device_count(platform(), &after));
+    ASSERT_EQ(after, before + 1);
+    bs_device_handle_t found = nullptr;
+    check(bs_device_get(platform(), before, &found));
+    EXPECT_EQ(found, listed);
+    bs_platform_handle_t owner = nullptr;
+    check(bs_device_get_platform(hidden, &owner));
+    EXPECT_EQ(owner, platform());
+    EXPECT_EQ(bs_device_get(platform(), after, &found), BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(found, listed) << "a failing call must leave its output alone";
+}
+
+TEST(devices, descriptions_are_completed) {
+    bs_device_desc_t desc = desc_with(32, 0);
+    desc.fp64 = 0;
+    check(bs_device_get_desc(add_device(desc), &desc));
+    EXPECT_EQ(desc.max_work_group_size, 32u);
+    EXPECT_GE(desc.n_threads, 1u);
+    EXPECT_THAT(desc.name, HasSubstr("GPU (work-group 32, local memory 65536, no fp64)"));
+    std::strcpy(desc.name, "Named");
+    check(bs_device_get_desc(add_device(desc), &desc));
+    EXPECT_STREQ(desc.name, "Named");
+}
+
+TEST(devices, values_out_of_range_are_refused_by_name_and_value) {
+    const auto refused = [](auto change) {
+        bs_device_desc_t desc = desc_with(4, 1);
+        change(desc);
+        bs_device_handle_t device = nullptr;
+        EXPECT_EQ(bs_device_add(platform(), &desc, &device), BS_ERROR_INVALID_ARGUMENT);
+        EXPECT_EQ(device, nullptr);
+        return std::string(bs_last_error());
+    };
+    EXPECT_THAT(refused([](auto& d) { d.max_work_group_size = 0; }), HasSubstr("max_work_group_size is 0"));
+    EXPECT_THAT(refused([](auto& d) { d.max_work_group_size = 4097; }),
+                HasSubstr("is 4097, it must be from 1 to 4096"));
+    EXPECT_THAT(refused([](auto& d) { std::memset(&d.type, 7, 1); }), HasSubstr("device type is 7"));
+    EXPECT_THAT(refused([](auto& d) { d.n_threads = 100000; }), HasSubstr("n_threads is 100000"));
+    EXPECT_THAT(refused([](auto& d) { d.fp64 = 2; }), HasSubstr("fp64 is 2"));
+    EXPECT_THAT(refused([](auto& d) { std::memset(d.name, 'x', sizeof(d.name)); }),
+                HasSubstr("terminating zero"));
+}
+
+TEST(limits, launches_above_them_are_refused_at_submission) {
+    bs_device_desc_t desc = desc_with(8, 1);
+    desc.local_memory_bytes = 100;
+    const queue q(add_device(desc));
+    const auto idle = [](const bs_work_item_t&, void*) {};
+    const kernel fits(1, 8, idle, 100);
+    EXPECT_EQ(q.run(fits), BS_SUCCESS);
+    const kernel too_wide(1, 9, idle, 0, "wide");
+    EXPECT_EQ(q.try_submit(&too_wide), BS_ERROR_LIMIT_EXCEEDED);
+    EXPECT_STREQ(bs_last_error(), "kernel wide: local size 9 is above the device's limit of 8");
+    const kernel too_much(1, 8, idle, 101, "hungry");
+    EXPECT_EQ(q.try_submit(&too_much), BS_ERROR_LIMIT_EXCEEDED);
+    EXPECT_STREQ(bs_last_error(),
+                 "kernel hungry: 101 bytes of local memory are above the device's limit of 100");
+    const kernel empty(1, 0, idle);
+    EXPECT_EQ(q.try_submit(&empty), BS_ERROR_INVALID_ARGUMENT);
+}
+
+class context_memory : public testing::Test {
+protected:
+    context_memory() { check(bs_context_create(platform(), 1, &device, &context)); }
+    ~context_memory() override { EXPECT_EQ(bs_context_destroy(context), BS_SUCCESS) << bs_last_error(); }
+    const bs_device_handle_t device = device_with_threads(1);
+    bs_context_handle_t context = nullptr;
+};
+
+TEST_F(context_memory, queries_find_the_allocation_from_first_to_last_byte) {
+    for (const auto type : {BS_MEMORY_DEVICE, BS_MEMORY_SHARED, BS_MEMORY_HOST}) {
+        void* memory = nullptr;
+        check(bs_mem_alloc(context, device, type, 100, 0, &memory));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % 64, 0u);
+        auto* const bytes = static_cast<char*>(memory);
+        std::memset(bytes, 1, 100);
+        for (const char* p : {bytes, bytes + 99}) {
+            bs_memory_type_t found = BS_MEMORY_UNKNOWN;
+            bs_device_handle_t owner = nullptr;
+            void* base = nullptr;
+            check(bs_mem_query(context, p, &found, &owner, &base));
+            EXPECT_EQ(found, type);
+            EXPECT_EQ(owner, type == BS_MEMORY_HOST ? nullptr : device);
+            EXPECT_EQ(base, memory);
+        }
+        for (const char* p : {bytes + 100, bytes - 1}) {
+            bs_memory_type_t found = type;
+            check(bs_mem_query(context, p, &found, nullptr, nullptr));
+            EXPECT_EQ(found, BS_MEMORY_UNKNOWN);
+        }
+        EXPECT_EQ(bs_mem_free(context, bytes + 1), BS_ERROR_INVALID_ARGUMENT);
+        EXPECT_EQ(bs_mem_free(context, memory), BS_SUCCESS);
+    }
+    EXPECT_EQ(bs_mem_free(context, nullptr), BS_SUCCESS);
+}
+
+TEST_F(context_memory, bad_requests_are_refused) {
+    void* memory = this;
+    EXPECT_EQ(bs_mem_alloc(context, device, BS_MEMORY_DEVICE, 8, 48, &memory), BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_STREQ(bs_last_error(), "alignment 48 is no power of two");
+    EXPECT_EQ(bs_mem_alloc(context, device, BS_MEMORY_UNKNOWN, 8, 0, &memory), BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_EQ(bs_mem_alloc(context, device_with_threads(2), BS_MEMORY_DEVICE, 8, 0, &memory),
+              BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_STREQ(bs_last_error(), "the device does not belong to the context");
+    const std::size_t huge = std::numeric_limits<std::size_t>::max() / 2;
+    EXPECT_EQ(bs_mem_alloc(context, device, BS_MEMORY_DEVICE, huge, 0, &memory), BS_ERROR_OUT_OF_MEMORY);
+    EXPECT_THAT(bs_last_error(), HasSubstr(std::to_string(huge)));
+    EXPECT_EQ(memory, this) << "a failing call must leave its output alone";
+}
+
+TEST_F(context_memory, a_context_in_use_is_not_destroyed) {
+    void* memory = nullptr;
+    bs_command_list_handle_t list = nullptr;
+    check(bs_mem_alloc(context, device, BS_MEMORY_DEVICE, 0, 256, &memory));
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % 256, 0u);
+    check(bs_command_list_create_immediate(context, device, 1, &list));
+    EXPECT_EQ(bs_context_destroy(context), BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_STREQ(bs_last_error(), "the context is in use: 1 allocations and 1 queues are left");
+    check(bs_mem_free(context, memory));
+    EXPECT_EQ(bs_context_destroy(context), BS_ERROR_INVALID_ARGUMENT);
+    check(bs_command_list_destroy(list));
+}
+
+TEST(arguments, null_ones_are_named) {
+    EXPECT_EQ(bs_platform_get(nullptr), BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_STREQ(bs_last_error(), "platform is null");
+    EXPECT_EQ(bs_event_wait(nullptr), BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_STREQ(bs_last_error(), "event is null");
+    EXPECT_EQ(bs_command_queue_submit(nullptr, nullptr), BS_ERROR_INVALID_ARGUMENT);
+    const bs_device_handle_t nobody = nullptr;
+    bs_context_handle_t context = nullptr;
+    EXPECT_EQ(bs_context_create(platform(), 1, &nobody, &context), BS_ERROR_INVALID_ARGUMENT);
+    EXPECT_STREQ(bs_last_error(), "a device of the context is null");
+}
+
+} // namespace

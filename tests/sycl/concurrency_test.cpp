@@ -1,0 +1,102 @@
+#include "devices.hpp"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+constexpr int n_threads = 8;
+
+template <typename Work>
+void on_threads(const Work& work) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < n_threads; ++t) {
+        threads.emplace_back([&work, t] { work(t); });
+    }
+    for (auto& each : threads) {
+        each.join();
+    }
+}
+
+} // namespace
+
+TEST(concurrency, threads_share_a_buffer_through_several_queues) {
+    std::vector<sycl::queue> queues;
+    for (const auto& each : test::devices()) {
+        queues.emplace_back(each);
+    }
+    constexpr int rounds = 30;
+    int total = 0;
+    {
+        sycl::buffer<int, 1> shared(&total, 1);
+        on_threads([&](int t) {
+            for (int i = 0; i < rounds; ++i) {
+                auto& queue = queues[static_cast<std::size_t>(t + i) % queues.size()];
+                queue.submit([&](sycl::handler& group) {
+                    sycl::accessor target(shared, group, sycl::read_write);
+                    if (i % 3 == 0) {
+                        group.host_task([=] { target[0] += 1; });
+                    } else {
+                        group.single_task([=] { target[0] += 1; });
+                    }
+                });
+            }
+        });
+    }
+    EXPECT_EQ(total, n_threads * rounds);
+}
+
+TEST(concurrency, every_thread_makes_and_drops_queues_buffers_and_events) {
+    const auto device = test::gpu_with_limit(4);
+    std::atomic<int> right{0};
+    on_threads([&](int t) {
+        for (int i = 0; i < 20; ++i) {
+            std::vector<int> values(8, t);
+            {
+                sycl::queue queue(device);
+                sycl::buffer<int, 1> data(values.data(), values.size());
+                queue.submit([&](sycl::handler& group) {
+                    sycl::accessor target(data, group, sycl::read_write);
+                    group.parallel_for(sycl::nd_range<1>(8, 4), [=](sycl::nd_item<1> item) {
+                        const int sum = sycl::reduce_over_group(
+                            item.get_group(), target[item.get_global_id(0)], sycl::plus<int>());
+                        target[item.get_global_id(0)] = sum;
+                    });
+                });
+            }
+            right += values == std::vector<int>(8, 4 * t) ? 1 : 0;
+        }
+    });
+    EXPECT_EQ(right, n_threads * 20);
+}
+
+TEST(concurrency, events_are_waited_for_by_many_while_they_complete) {
+    sycl::queue queue(sycl::cpu_selector_v);
+    for (int i = 0; i < 30; ++i) {
+        int value = 0;
+        const auto event = queue.submit([&](sycl::handler& group) { group.host_task([&] { value = 7; }); });
+        std::atomic<int> seen{0};
+        on_threads([&](int) {
+            sycl::event(event).wait();
+            seen += value;
+        });
+        EXPECT_EQ(seen, 7 * n_threads);
+    }
+}
+
+TEST(concurrency, errors_of_many_threads_are_all_reported) {
+    std::atomic<std::size_t> reported{0};
+    {
+        sycl::queue queue(sycl::cpu_selector_v,
+                          [&](const sycl::exception_list& errors) { reported += errors.size(); });
+        on_threads([&](int) {
+            for (int i = 0; i < 10; ++i) {
+                queue
+                    .submit(
+                        [](sycl::handler& group) { group.host_task([] { throw std::runtime_error("x"); }); })
+                    .wait_and_throw();
+            }
+        });
+    }
+    EXPECT_EQ(reported, n_threads * 10U);
+}
