@@ -135,12 +135,12 @@ TEST(kernel_exceptions, fail_the_launch_with_what_was_thrown) {
 
 TEST(kernel_exceptions, unwind_every_work_item_that_was_started) {
     const queue q(device_with_threads(1));
-    int alive = 0;
-    int met_while_unwound = 0;
+    std::atomic<int> alive = 0;
+    std::atomic<int> met_while_unwound = 0;
     struct guard {
         const bs_work_item_t& item;
-        int& alive;
-        int& met;
+        std::atomic<int>& alive;
+        std::atomic<int>& met;
         ~guard() {
             --alive;
             if (std::uncaught_exceptions() != 0 && item.local_id != 5) {

@@ -23,7 +23,8 @@ constexpr int max_guards = 16384;
 std::atomic<int> guards{0};
 
 /// Distance of a stack's top from the end of its last page. Tops at equal page offsets would put the hot
-/// lines of all fibers into the same few cache sets.
+/// lines of all fibers into the same few cache sets: a switch among 64 fibers took 15.5 ns instead of 12.8,
+/// among 1024 fibers 20 ns instead of 16.5. Any odd distance from 5 to 11 lines did equally well.
 std::size_t colour(std::size_t index) {
     constexpr std::size_t lines_apart = 7;
     return (index * lines_apart % (page_bytes / line_bytes)) * line_bytes;

@@ -15,7 +15,14 @@ namespace {
 // that.
 constexpr std::chrono::microseconds idle_spin{20};
 
+std::uint32_t processors() {
+    return std::max(2u, std::thread::hardware_concurrency());
+}
+
 } // namespace
+
+scheduler::scheduler(std::uint32_t n_threads, std::chrono::microseconds launch_delay)
+    : n_threads_(n_threads), max_spinning_(processors() - 1), launch_delay_(launch_delay) {}
 
 void scheduler::start_threads() {
     const std::lock_guard lock(mutex_);
@@ -89,18 +96,24 @@ std::shared_ptr<command> scheduler::wait_for_command(std::unique_lock<std::mutex
             }
             return c;
         }
-        ++spinning_;
-        const std::uint64_t seen = changes_.load(std::memory_order_relaxed);
-        lock.unlock();
-        spin_until(idle_spin, [&] { return changes_.load(std::memory_order_acquire) != seen; });
-        lock.lock();
-        --spinning_;
+        if (spinning_ < max_spinning_) {
+            spin(lock);
+        }
         if (!has_work()) {
             ++sleeping_;
             changed_.wait(lock, [this] { return has_work(); });
             --sleeping_;
         }
     }
+}
+
+void scheduler::spin(std::unique_lock<std::mutex>& lock) {
+    ++spinning_;
+    const std::uint64_t seen = changes_.load(std::memory_order_relaxed);
+    lock.unlock();
+    spin_until(idle_spin, [&] { return changes_.load(std::memory_order_acquire) != seen; });
+    lock.lock();
+    --spinning_;
 }
 
 std::shared_ptr<command> scheduler::next_command() {

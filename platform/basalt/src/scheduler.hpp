@@ -19,8 +19,7 @@ class command;
 /// never ends, and static objects of others may still wait for theirs.
 class scheduler {
 public:
-    scheduler(std::uint32_t n_threads, std::chrono::microseconds launch_delay)
-        : n_threads_(n_threads), launch_delay_(launch_delay) {}
+    scheduler(std::uint32_t n_threads, std::chrono::microseconds launch_delay);
     scheduler(const scheduler&) = delete;
     scheduler& operator=(const scheduler&) = delete;
 
@@ -41,11 +40,13 @@ private:
     bool has_work() const;
     std::shared_ptr<command> next_command();
     std::shared_ptr<command> wait_for_command(std::unique_lock<std::mutex>& lock);
+    void spin(std::unique_lock<std::mutex>& lock);
     void start(std::unique_lock<std::mutex>& lock, command& c);
     void leave(std::unique_lock<std::mutex>& lock, const std::shared_ptr<command>& c);
     void wake_one();
 
     const std::uint32_t n_threads_;
+    const std::uint32_t max_spinning_; ///< leaves a processor to the thread that submits
     const std::chrono::microseconds launch_delay_;
 
     std::mutex mutex_;

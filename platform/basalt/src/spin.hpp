@@ -14,18 +14,25 @@ inline void pause_processor() {
 #endif
 }
 
-/// Looks at \p done again and again for as long as \p limit; its last answer.
+/// Looks at \p done again and again for as long as \p limit; its last answer. After the first microsecond it
+/// offers its processor to others each time: what it waits for may be done by a thread that shares it.
 template <typename Done>
 bool spin_until(std::chrono::nanoseconds limit, Done&& done) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    do {
+    using clock = std::chrono::steady_clock;
+    const auto begin = clock::now();
+    const auto end = begin + limit;
+    const auto polite_from = begin + std::chrono::microseconds(1);
+    for (auto now = begin; now < end; now = clock::now()) {
+        if (now >= polite_from) {
+            std::this_thread::yield();
+        }
         for (int i = 0; i < 16; ++i) {
             if (done()) {
                 return true;
             }
             pause_processor();
         }
-    } while (std::chrono::steady_clock::now() < end);
+    }
     return done();
 }
 

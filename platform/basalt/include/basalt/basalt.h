@@ -116,7 +116,7 @@ typedef enum bs_memory_type_t {
 /**
  * \brief Allocates exactly \p bytes (at least 1) of device memory; \p alignment is a power of two or 0
  * for 64. The memory is addressable by the host in this implementation; programs must not rely on that for
- * device memory.
+ * device memory. Host memory belongs to no device, and \p device is not looked at.
  */
 BS_API bs_result_t bs_mem_alloc(bs_context_handle_t context, bs_device_handle_t device, bs_memory_type_t type,
                                 size_t bytes, size_t alignment, void** memory);
@@ -128,7 +128,9 @@ BS_API bs_result_t bs_mem_query(bs_context_handle_t context, const void* memory,
                                 bs_device_handle_t* device, void** base);
 
 /* ---------------------------------------------------------------------------------------------------------------
- * Events. Reference counted: created with one reference.
+ * Events. Reference counted: created with one reference. An event given to a command as its signal is
+ * completed by that command alone. One whose last reference goes before it has completed completes with an
+ * error.
  */
 
 BS_API bs_result_t bs_event_create(bs_event_handle_t* event);
@@ -144,7 +146,8 @@ BS_API bs_result_t bs_event_wait(bs_event_handle_t event);
 /**
  * \brief Calls \p callback(\p user, status, message) once when the event completes, at once if it already
  * has; on a thread of the driver otherwise. The message is empty on success and valid during the callback.
- * Callbacks of one event run in the order of their registration.
+ * Callbacks of one event run in the order of their registration. A callback must not block on work of a
+ * device: it may be running on the thread that would do it.
  */
 typedef void (*bs_event_callback_t)(void* user, bs_result_t status, const char* message);
 BS_API bs_result_t bs_event_set_callback(bs_event_handle_t event, bs_event_callback_t callback, void* user);
@@ -159,6 +162,7 @@ BS_API bs_result_t bs_command_queue_create(bs_context_handle_t context, bs_devic
                                            uint8_t in_order, bs_command_queue_handle_t* queue);
 /** \brief Destroys a queue after its commands have completed; blocks until then. */
 BS_API bs_result_t bs_command_queue_destroy(bs_command_queue_handle_t queue);
+/** \brief Blocks until all commands submitted so far have completed. Their events tell how each ended. */
 BS_API bs_result_t bs_command_queue_synchronize(bs_command_queue_handle_t queue);
 BS_API bs_result_t bs_command_queue_get_context(bs_command_queue_handle_t queue, bs_context_handle_t* context,
                                                 bs_device_handle_t* device);
@@ -191,10 +195,10 @@ typedef struct bs_kernel_t {
     const char* name; /**< for messages; must live as long as the command */
     void (*run_item)(void* instance, const bs_work_item_t* item);
     void* (*make_instance)(void* argument, void* local_memory); /**< may throw: the launch fails */
-    void (*drop_instance)(void* instance);
+    void (*drop_instance)(void* instance);                      /**< must not throw */
     void* argument;
-    size_t n_groups; /**< 0 is a launch without work */
-    size_t local_size;
+    size_t n_groups;           /**< 0 is a launch without work */
+    size_t local_size;         /**< at least 1 */
     size_t local_memory_bytes; /**< exactly this much is allocated, aligned to 64 */
 } bs_kernel_t;
 
@@ -224,6 +228,8 @@ BS_API bs_result_t bs_command_list_append(bs_command_list_handle_t list, const b
 /* ---------------------------------------------------------------------------------------------------------------
  * Collectives, called by kernels. Every work-item of the group must call the same ones in the same order; a
  * group whose work-items do not is stopped and its launch fails with BS_ERROR_KERNEL_FAILED.
+ * The work-items of a stopped group leave their collectives by a C++ exception, which kernels must let pass.
+ * A kernel must not call a collective while an exception of its own unwinds it.
  */
 
 /** \brief All work-items of the group meet. */
