@@ -20,8 +20,10 @@ namespace aurelo::qtx {
 /** \brief Base of all exceptions of the library. */
 class QTX_STATS_EXPORT exception : public std::exception {
 public:
-    /** \brief Composes "aurelo::qtx::DOMAIN::FUNCTION: INFO"; empty parts are left out together with their
-     * separator. */
+    /**
+     * \brief Composes "aurelo::qtx::DOMAIN::FUNCTION: INFO"; empty parts are left out together with their
+     * separator.
+     */
     exception(const std::string& domain, const std::string& function, const std::string& info);
     exception(const exception&) = default;
     exception& operator=(const exception&) = default;

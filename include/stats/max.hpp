@@ -21,6 +21,7 @@ namespace aurelo::qtx::stats {
  * \throws unsupported_device if the device is neither a CPU nor a GPU
  *
  * The result is never below the lowest finite value: a dimension of -inf only gives that value.
+ * An element that is NaN is passed over, wherever it stands.
  * Exists for method::fast.
  */
 template <method M = method::fast, typename T, layout L>

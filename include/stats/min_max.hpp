@@ -19,7 +19,8 @@ namespace aurelo::qtx::stats {
  * \param min output, `n_dims` elements
  * \param max output, `n_dims` elements
  * \throws invalid_argument if an output has size 0 (min is tested first), or (GPU) a count of the dataset is
- * below 1 \throws unsupported_device if the device is neither a CPU nor a GPU
+ * below 1
+ * \throws unsupported_device if the device is neither a CPU nor a GPU
  *
  * Exists for method::fast.
  */
@@ -32,7 +33,8 @@ QTX_STATS_EXPORT void min_max(sycl::queue& queue, const dataset<L, sycl::buffer<
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if an output is null (min is tested first), or (GPU) a count of the dataset is
- * below 1 \throws device_bad_alloc if the GPU device has no memory for the partial results
+ * below 1
+ * \throws device_bad_alloc if the GPU device has no memory for the partial results
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event min_max(sycl::queue& queue, const dataset<L, T*>& data, T* min, T* max,

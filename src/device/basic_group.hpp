@@ -5,6 +5,7 @@
 #pragma once
 
 #include "group_tile.hpp"
+#include "select.hpp"
 #include "totals.hpp"
 
 #include <sycl/sycl.hpp>
@@ -20,20 +21,23 @@ auto* total_array(const Tmp& tmp, unsigned total) {
         return array.template get_multi_ptr<sycl::access::decorated::no>().get();
     };
     auto* array = pointer(tmp.sums);
-    array = total == weight_total ? pointer(tmp.weight_sums) : array;
-    return total == weight_square_total ? pointer(tmp.weight_square_sums) : array;
+    array = select(total == weight_total, pointer(tmp.weight_sums), array);
+    return select(total == weight_square_total, pointer(tmp.weight_square_sums), array);
 }
 
-/** \brief Where in its array the row of \p total and dimension \p d begins, in a packing of \p n results per
- * row. */
+/**
+ * \brief Where in its array the row of \p total and dimension \p d begins, in a packing of \p n results per
+ * row.
+ */
 template <typename Tmp>
 std::size_t total_row(const Tmp& tmp, unsigned total, std::size_t slot, std::size_t d, std::size_t n) {
-    const std::size_t row = slot * tmp.block_stride + d * n;
-    return total < weight_total ? row : 0;
+    return select<std::size_t>(total < weight_total, slot * tmp.block_stride + d * n, 0);
 }
 
-/** \brief Sums \p value over the group and stores it as the group's result for \p total. All work-items call
- * it. */
+/**
+ * \brief Sums \p value over the group and stores it as the group's result for \p total. All work-items call
+ * it.
+ */
 template <typename Tmp, typename T>
 void sum_and_store(const Tmp& tmp, const sycl::nd_item<1>& item, unsigned total, std::size_t slot,
                    std::size_t d, T value) {
@@ -56,16 +60,17 @@ void store_totals(const Tmp& tmp, const sycl::nd_item<1>& item, std::size_t d, T
     const T power2 = power1 * factor;
     const T power3 = power2 * factor;
     for_each_total<Orders>(tmp, tmp.has_weights && first, [&](unsigned total, std::size_t slot) {
-        T value = total == 1 ? power1 : term;
-        value = total == 2 ? power2 : value;
-        value = total == 3 ? power3 : value;
-        value = total == weight_total ? w : value;
-        value = total == weight_square_total ? w * w : value;
+        T value = select(total == 1, power1, term);
+        value = select(total == 2, power2, value);
+        value = select(total == 3, power3, value);
+        value = select(total == weight_total, w, value);
+        value = select(total == weight_square_total, w * w, value);
         sum_and_store(tmp, item, total, slot, d, value);
     });
 }
 
-/** \brief Copies the group's tile of every total in use into its block of local memory; surplus lanes get 0.
+/**
+ * \brief Copies the group's tile of every total in use into its block of local memory; surplus lanes get 0.
  */
 template <typename Orders, typename Tmp, typename T>
 void load_totals(const Tmp& tmp, const sycl::local_accessor<T, 1>& local, std::size_t d,
@@ -78,7 +83,7 @@ void load_totals(const Tmp& tmp, const sycl::local_accessor<T, 1>& local, std::s
         const std::size_t block = slot * local_size;
         item.wait_for(begin_copy(item, local, block, array, row + tile.begin, tile.n_valid));
         const std::size_t own = block + item.get_local_id(0);
-        local[own] = tile.surplus ? T(0) : local[own];
+        local[own] = select(tile.surplus, T(0), T(local[own]));
     });
 }
 

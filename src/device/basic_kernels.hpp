@@ -10,6 +10,7 @@
 
 #include "dataset_helper.hpp"
 #include "group_tile.hpp"
+#include "select.hpp"
 #include "storage.hpp"
 #include "sum_tmp_helper.hpp"
 
@@ -30,20 +31,19 @@ void fetch_tile(const Helper& helper, const sycl::local_accessor<T, 1>& local, c
     if constexpr (row_layout) {
         item.wait_for(begin_copy(item, local, 0, helper.observations, d * helper.n_observations + tile.begin,
                                  tile.n_valid));
-        local[lid] = tile.surplus ? T(0) : local[lid];
+        local[lid] = select(tile.surplus, T(0), T(local[lid]));
     } else {
-        const T x = helper.element(d, tile.begin + tile.lane);
-        local[lid] = tile.surplus ? T(0) : x;
+        local[lid] = select(tile.surplus, T(0), helper.element(d, tile.begin + tile.lane));
     }
     sycl::group_barrier(item.get_group(), sycl::memory_scope::work_group);
 }
 
-/** \brief Finishes dimension \p d, whose totals work-item 0 has just stored. */
+/** \brief Finishes dimension \p d, whose totals work-item 0 has just stored, and which it stores, too. */
 template <typename Functor>
 void finish(const Functor& functor, const functor_tmp<Functor>& tmp, const sycl::nd_item<1>& item,
             std::size_t d) {
     sycl::group_barrier(item.get_group(), sycl::memory_scope::device);
-    functor(tmp, d);
+    functor(tmp, d, item.get_local_id(0) == 0);
 }
 
 /** \brief One group, one work-item per observation: the whole estimate. */
@@ -89,7 +89,7 @@ struct basic_kernel_first_step {
             fetch_tile<row_layout>(helper, local, item, tile, d);
             const element_type weight = helper.get_weight(tile.begin + tile.lane);
             tmp.template calculate<typename Functor::orders>(
-                local_pointer(local), d, item, tile.surplus ? element_type(0) : weight, tail, first);
+                local_pointer(local), d, item, select(tile.surplus, element_type(0), weight), tail, first);
             first = false;
         }
     }
@@ -99,8 +99,10 @@ struct basic_kernel_first_step {
 template <typename Functor, bool row_layout, bool is_last, bool index_64>
 struct basic_kernel_next_step;
 
-/** \brief The last pass. One group may work in place: a row is loaded before its total is stored over its
- * front. */
+/**
+ * \brief The last pass. One group may work in place: a row is loaded before its total is stored over its
+ * front.
+ */
 template <typename Functor, bool row_layout, bool index_64>
 struct basic_kernel_next_step<Functor, row_layout, true, index_64> {
     using element_type = typename Functor::element_type;

@@ -44,8 +44,7 @@ sycl::event basic_first_step(sycl::queue& queue, dataset_helper<T, L, is_usm, in
     });
 }
 
-/** \param target where an intermediate pass leaves its totals; the last pass works in place and does not use
- * it */
+/** \param target where an intermediate pass leaves its totals; the last pass works in place */
 template <bool is_last, bool is_usm, bool user_mean, typename T, layout L, typename Functor, bool index_64>
 sycl::event basic_next_step(sycl::queue& queue, dataset_helper<T, L, is_usm, index_64>& helper,
                             sum_tmp_helper<T, is_usm, user_mean>& tmp,

@@ -42,8 +42,9 @@ private:
     }
 };
 
-/** \brief The record over \p scratch of a functor's totals; \p mean is the caller's, if the functor takes
- * one. */
+/**
+ * \brief The record over \p scratch of a functor's totals; \p mean is the caller's, if the functor takes one.
+ */
 template <typename Functor, typename T, typename Helper, typename... Mean>
 functor_tmp<Functor> make_tmp(const Functor& functor, basic_scratch<T>& scratch, const Helper& helper,
                               Mean&... mean) {
@@ -60,8 +61,10 @@ functor_tmp<Functor> make_tmp(const Functor& functor, basic_scratch<T>& scratch,
     }
 }
 
-/** \brief The passes of one reduction. Two records over different scratch take turns, so that no group
- * overwrites what another one has yet to read. */
+/**
+ * \brief The passes of one reduction. Two records over different scratch take turns, so that no group
+ * overwrites what another one has yet to read.
+ */
 template <typename Functor, layout L, bool index_64>
 struct basic_passes {
     using T = typename Functor::element_type;
@@ -130,8 +133,10 @@ sycl::event submit_basic(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> data
 
 /**
  * \brief Computes an estimate of a dataset in unified shared memory, after \p dependencies, for which the
- * calling thread waits. The kernels may still run on return. \param mean pointer to the caller's mean of each
- * dimension, for functors that take one, else nothing \return the event of the last launch
+ * calling thread waits. The kernels may still run on return.
+ * \param mean pointer to the caller's mean of each
+ * dimension, for functors that take one, else nothing
+ * \return the event of the last launch
  */
 template <bool index_64 = true, typename T, layout L, typename Functor, typename... Mean>
 sycl::event submit_basic_usm(sycl::queue& queue, dataset<L, T*> data, Functor functor,

@@ -21,8 +21,10 @@ std::size_t element_index(const View& view, std::size_t d, std::size_t i) {
     }
 }
 
-/** \brief Mask value of dimension \p d: a 64-bit word, or the d-th of 32-bit integers that lie behind the
- * same type. */
+/**
+ * \brief Mask value of dimension \p d: a 64-bit word, or the d-th of 32-bit integers that lie behind the same
+ * type.
+ */
 template <bool index_64, typename Indices>
 bool is_unmasked(const Indices& indices, std::size_t d) {
     if constexpr (index_64) {

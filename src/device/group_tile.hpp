@@ -34,8 +34,10 @@ struct group_tile {
     bool surplus;        /**< the row has no element for this work-item */
 };
 
-/** \brief Begins the copy of \p count elements from \p offset of a buffer into local memory. All work-items
- * call it. */
+/**
+ * \brief Begins the copy of \p count elements from \p offset of a buffer into local memory. All work-items
+ * call it.
+ */
 template <typename T, sycl::access_mode mode>
 auto begin_copy(const sycl::nd_item<1>& item, const sycl::local_accessor<T, 1>& local,
                 std::size_t local_offset, const sycl::accessor<T, 1, mode, sycl::target::device>& source,

@@ -12,6 +12,7 @@
 #include "dataset_helper.hpp"
 #include "group_tile.hpp"
 #include "reductions.hpp"
+#include "select.hpp"
 #include "storage.hpp"
 
 #include <sycl/sycl.hpp>
@@ -20,16 +21,18 @@
 
 namespace aurelo::qtx::stats::detail::gpu {
 
-/** \brief Partial results of each reduction: `n_dims` rows, packed at the distance of the groups that left
- * them. */
+/**
+ * \brief Partial results of each reduction: `n_dims` rows, packed at the distance of the groups that left
+ * them.
+ */
 template <typename Functor, sycl::access_mode mode>
 using minmax_partials =
     per_reduction<array_of<typename Functor::element_type, Functor::usm, mode>, Functor::reductions::size>;
 
 /** \brief The local array of reduction \p i, in kernels that stage elements. */
 template <typename Functor, std::size_t i>
-using minmax_local = optional_member < !Functor::usm &&
-                     i<Functor::reductions::size, sycl::local_accessor<typename Functor::element_type, 1>, i>;
+using minmax_local = optional_member<(!Functor::usm && i < Functor::reductions::size),
+                                     sycl::local_accessor<typename Functor::element_type, 1>, i>;
 
 /** \brief Local array \p i of a kernel with `local` and `second_local`. */
 template <std::size_t i, typename Kernel>
@@ -41,13 +44,15 @@ const auto& local_of(const Kernel& kernel) {
     }
 }
 
-/** \brief Copies the tile of each reduction's source into its local array; all copies are under way before
- * the first wait. */
-template <typename Kernel, typename Source>
+/**
+ * \brief Copies the tile of each reduction's source into its local array; all copies are under way before the
+ * first wait.
+ */
+template <typename Functor, typename Kernel, typename Source>
 void stage_tiles(const Kernel& kernel, const sycl::nd_item<1>& item, const Source& source, std::size_t offset,
                  std::size_t count) {
     const auto first = begin_copy(item, kernel.local, 0, source.template get<0>(), offset, count);
-    if constexpr (Kernel::n_reductions == 2) {
+    if constexpr (Functor::reductions::size == 2) {
         const auto second = begin_copy(item, kernel.second_local, 0, source.template get<1>(), offset, count);
         item.wait_for(first, second);
     } else {
@@ -77,76 +82,74 @@ void reduce_and_store(const sycl::nd_item<1>& item, T x, const Target& target, s
     }
 }
 
-/** \brief Reduces the tile's elements of dimension \p d of the observations; `target(index)` is where results
- * go. */
-template <bool row_layout, typename Kernel, typename Target>
+/**
+ * \brief Reduces the tile's elements of dimension \p d of the observations; `target(index)` is where results
+ * go.
+ */
+template <typename Functor, bool row_layout, typename Kernel, typename Target>
 void reduce_observations(const Kernel& kernel, const sycl::nd_item<1>& item, const group_tile& tile,
                          std::size_t d, std::size_t position, const Target& target) {
-    constexpr bool staged = !Kernel::usm && row_layout;
+    constexpr bool staged = !Functor::usm && row_layout;
     if constexpr (staged) {
-        stage_tiles(kernel, item, common_source{kernel.helper.observations},
-                    d * kernel.helper.n_observations + tile.begin, tile.n_valid);
+        stage_tiles<Functor>(kernel, item, common_source{kernel.helper.observations},
+                             d * kernel.helper.n_observations + tile.begin, tile.n_valid);
     }
-    for_each_reduction(typename Kernel::reductions{}, [&](auto index, auto reduction) {
+    for_each_reduction(typename Functor::reductions{}, [&](auto index, auto reduction) {
         using reduction_type = decltype(reduction);
-        using T = typename Kernel::element_type;
+        using T = typename Functor::element_type;
         T x;
         if constexpr (staged) {
             x = local_of<index()>(kernel)[tile.lane];
         } else {
             x = kernel.helper.element(d, tile.begin + tile.lane);
         }
-        reduce_and_store<reduction_type, T>(item, tile.surplus ? reduction_type::neutral() : x, target(index),
-                                            position);
+        // The bound passes over a NaN, wherever it stands; the group operation alone would leave that open.
+        const T bounded = reduction_type::bound(x);
+        reduce_and_store<reduction_type, T>(item, select(tile.surplus, reduction_type::neutral(), bounded),
+                                            target(index), position);
     });
 }
 
 /** \brief Reduces the tile's partial results of dimension \p d. */
-template <typename Kernel, typename Target>
+template <typename Functor, typename Kernel, typename Target>
 void reduce_partials(const Kernel& kernel, const sycl::nd_item<1>& item, const group_tile& tile,
                      std::size_t d, std::size_t position, const Target& target) {
     const std::size_t row = d * kernel.stride + tile.begin;
-    if constexpr (!Kernel::usm) {
-        stage_tiles(kernel, item, kernel.partials, row, tile.n_valid);
+    if constexpr (!Functor::usm) {
+        stage_tiles<Functor>(kernel, item, kernel.partials, row, tile.n_valid);
     }
-    for_each_reduction(typename Kernel::reductions{}, [&](auto index, auto reduction) {
+    for_each_reduction(typename Functor::reductions{}, [&](auto index, auto reduction) {
         using reduction_type = decltype(reduction);
-        using T = typename Kernel::element_type;
+        using T = typename Functor::element_type;
         T x;
-        if constexpr (Kernel::usm) {
+        if constexpr (Functor::usm) {
             x = kernel.partials.template get<index()>()[row + tile.lane];
         } else {
             x = local_of<index()>(kernel)[tile.lane];
         }
-        reduce_and_store<reduction_type, T>(item, tile.surplus ? reduction_type::neutral() : x, target(index),
-                                            position);
+        reduce_and_store<reduction_type, T>(item, select(tile.surplus, reduction_type::neutral(), x),
+                                            target(index), position);
     });
 }
-
-/** \brief What all kernels of a functor say about themselves; a list of names, without members. */
-#define QTX_MINMAX_KERNEL_TRAITS(FUNCTOR)                                                                    \
-    using element_type = typename FUNCTOR::element_type;                                                     \
-    using reductions = typename FUNCTOR::reductions;                                                         \
-    static constexpr bool usm = FUNCTOR::usm;                                                                \
-    static constexpr std::size_t n_reductions = reductions::size
 
 /** \brief One group, one work-item per observation: the whole reduction. */
 template <typename Functor, bool row_layout, bool index_64>
 struct minmax_kernel_single_step {
-    QTX_MINMAX_KERNEL_TRAITS(Functor);
+    using element_type = typename Functor::element_type;
 
     functor_helper<Functor, row_layout, index_64> helper;
     Functor functor;
     [[no_unique_address]] minmax_local<Functor, 0> local;
     [[no_unique_address]] minmax_local<Functor, 1> second_local;
-    [[no_unique_address]] optional_member<!usm, std::size_t, 2> local_size;
+    [[no_unique_address]] optional_member<!Functor::usm, std::size_t, 2> local_size;
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, 1, 0, item.get_local_range(0));
+        const auto target_of = [this](auto index) -> const auto& {
+            return functor.template output<index()>();
+        };
         for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
-            reduce_observations<row_layout>(
-                *this, item, tile, d,
-                d, [this](auto index) -> const auto& { return functor.template output<index()>(); });
+            reduce_observations<Functor, row_layout>(*this, item, tile, d, d, target_of);
         }
     }
 };
@@ -154,7 +157,7 @@ struct minmax_kernel_single_step {
 /** \brief The first of several passes: one partial result per group. */
 template <typename Functor, bool row_layout, bool index_64>
 struct minmax_kernel_first_step {
-    QTX_MINMAX_KERNEL_TRAITS(Functor);
+    using element_type = typename Functor::element_type;
 
     functor_helper<Functor, row_layout, index_64> helper;
     std::size_t n_groups;
@@ -166,11 +169,12 @@ struct minmax_kernel_first_step {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, n_groups, tail, local_size);
+        const auto target_of = [this](auto index) -> const auto& {
+            return partials.template get<index()>();
+        };
         for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
-            reduce_observations<row_layout>(
-                *this, item, tile, d, d * n_groups + item.get_group(0), [this](auto index) -> const auto& {
-                    return partials.template get<index()>();
-                });
+            reduce_observations<Functor, row_layout>(*this, item, tile, d, d * n_groups + item.get_group(0),
+                                                     target_of);
         }
     }
 };
@@ -182,7 +186,7 @@ struct minmax_kernel_next_step;
 /** \brief The last pass: one group that stores the results. */
 template <typename Functor, bool row_layout, bool index_64>
 struct minmax_kernel_next_step<Functor, row_layout, true, index_64> {
-    QTX_MINMAX_KERNEL_TRAITS(Functor);
+    using element_type = typename Functor::element_type;
 
     functor_helper<Functor, row_layout, index_64> helper;
     std::size_t n_groups;
@@ -196,10 +200,11 @@ struct minmax_kernel_next_step<Functor, row_layout, true, index_64> {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, n_groups, tail, local_size);
+        const auto target_of = [this](auto index) -> const auto& {
+            return functor.template output<index()>();
+        };
         for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
-            reduce_partials(
-                *this, item, tile, d,
-                d, [this](auto index) -> const auto& { return functor.template output<index()>(); });
+            reduce_partials<Functor>(*this, item, tile, d, d, target_of);
         }
     }
 };
@@ -207,7 +212,7 @@ struct minmax_kernel_next_step<Functor, row_layout, true, index_64> {
 /** \brief An intermediate pass. Its results go to arrays of their own: other groups still read the source. */
 template <typename Functor, bool row_layout, bool index_64>
 struct minmax_kernel_next_step<Functor, row_layout, false, index_64> {
-    QTX_MINMAX_KERNEL_TRAITS(Functor);
+    using element_type = typename Functor::element_type;
 
     functor_helper<Functor, row_layout, index_64> helper;
     std::size_t n_groups;
@@ -221,15 +226,13 @@ struct minmax_kernel_next_step<Functor, row_layout, false, index_64> {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, n_groups, tail, local_size);
+        const auto target_of = [this](auto index) -> const auto& {
+            return target.template get<index()>();
+        };
         for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
-            reduce_partials(
-                *this, item, tile, d, d * n_groups + item.get_group(0), [this](auto index) -> const auto& {
-                    return target.template get<index()>();
-                });
+            reduce_partials<Functor>(*this, item, tile, d, d * n_groups + item.get_group(0), target_of);
         }
     }
 };
-
-#undef QTX_MINMAX_KERNEL_TRAITS
 
 } // namespace aurelo::qtx::stats::detail::gpu

@@ -20,8 +20,10 @@
 
 namespace aurelo::qtx::stats::detail::gpu {
 
-/** \brief The passes of one min/max reduction. Two sets of partial results take turns, so that no group
- * overwrites what another one has yet to read. */
+/**
+ * \brief The passes of one min/max reduction. Two sets of partial results take turns, so that no group
+ * overwrites what another one has yet to read.
+ */
 template <typename Functor, layout L, bool index_64>
 struct minmax_passes {
     using T = typename Functor::element_type;
@@ -94,7 +96,8 @@ sycl::event submit_minmax(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> dat
 
 /**
  * \brief Computes a min/max estimate of a dataset in unified shared memory, after \p dependencies, for which
- * the calling thread waits. Several passes are complete on return, a single step need not be. \return the
+ * the calling thread waits. Several passes are complete on return, a single step need not be.
+ * \return the
  * event of the last launch
  */
 template <bool index_64 = true, typename T, layout L, typename Functor>

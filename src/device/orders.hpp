@@ -42,7 +42,8 @@ order_flags orders_of(const Functor& functor) {
     }
 }
 
-/** \brief Blocks of scratch to make room for: set by the highest order, so never less than the blocks in use.
+/**
+ * \brief Blocks of scratch to make room for: set by the highest order, so never less than the blocks in use.
  */
 constexpr std::uint64_t block_capacity(const order_flags& orders, bool user_mean) {
     const std::uint64_t highest = orders.order4 ? 4 : orders.order3 ? 3 : orders.order2 ? 2 : 1;

@@ -21,8 +21,10 @@ using array_of = std::conditional_t<is_usm, T*, device_accessor<T, mode>>;
 template <typename T, bool is_usm>
 using array_argument = std::conditional_t<is_usm, T*, sycl::buffer<T, 1>&>;
 
-/** \brief A member that only some instances of a kernel have; otherwise it takes no room. \p tag keeps two of
- * them apart. */
+/**
+ * \brief A member that only some instances of a kernel have; otherwise it takes no room. \p tag keeps two of
+ * them apart.
+ */
 template <int tag>
 struct absent {};
 template <bool present, typename Member, int tag>

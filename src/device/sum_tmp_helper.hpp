@@ -11,6 +11,7 @@
 
 #include "basic_group.hpp"
 #include "orders.hpp"
+#include "select.hpp"
 #include "storage.hpp"
 #include "totals.hpp"
 
@@ -52,15 +53,17 @@ struct sum_tmp_helper<T, is_usm, false> {
     order_flags flags() const { return {has_order2, has_order3, has_order4}; }
 
     std::size_t slot_of(unsigned total) const {
-        std::size_t slot = total == 1 ? slot_order2 : 0;
-        slot = total == 2 ? slot_order3 : slot;
-        slot = total == 3 ? slot_order4 : slot;
-        slot = total == weight_total ? slot_weight : slot;
-        return total == weight_square_total ? slot_weight_square : slot;
+        std::size_t slot = select<std::size_t>(total == 1, slot_order2, 0);
+        slot = select<std::size_t>(total == 2, slot_order3, slot);
+        slot = select<std::size_t>(total == 3, slot_order4, slot);
+        slot = select<std::size_t>(total == weight_total, slot_weight, slot);
+        return select<std::size_t>(total == weight_square_total, slot_weight_square, slot);
     }
 
-    /** \brief Turns the tile of dimension \p d into the group's totals. Surplus lanes hold 0 in \p local and
-     * \p w. */
+    /**
+     * \brief Turns the tile of dimension \p d into the group's totals. Surplus lanes hold 0 in \p local and
+     * \p w.
+     */
     template <typename Orders = chosen_orders>
     void calculate(T* local, std::size_t d, sycl::nd_item<1> item, T w, std::size_t, bool first) const {
         const T x = local[item.get_local_id(0)];
@@ -123,17 +126,17 @@ struct sum_tmp_helper<T, is_usm, true> {
     order_flags flags() const { return {false, has_order3, has_order4}; }
 
     std::size_t slot_of(unsigned total) const {
-        std::size_t slot = total == 1 ? slot_order3 : 0;
-        slot = total == 2 ? slot_order4 : slot;
-        slot = total == weight_total ? slot_weight : slot;
-        return total == weight_square_total ? slot_weight_square : slot;
+        std::size_t slot = select<std::size_t>(total == 1, slot_order3, 0);
+        slot = select<std::size_t>(total == 2, slot_order4, slot);
+        slot = select<std::size_t>(total == weight_total, slot_weight, slot);
+        return select<std::size_t>(total == weight_square_total, slot_weight_square, slot);
     }
 
     /** \brief As without a mean; the deviation of a surplus lane must be 0, not the negative mean. */
     template <typename Orders = chosen_orders>
     void calculate(T* local, std::size_t d, sycl::nd_item<1> item, T w, std::size_t tail, bool first) const {
         const group_tile tile(item, item.get_group_range(0), tail, item.get_local_range(0));
-        const T e = tile.surplus ? T(0) : local[item.get_local_id(0)] - mean[d];
+        const T e = select(tile.surplus, T(0), local[item.get_local_id(0)] - mean[d]);
         store_totals<Orders>(*this, item, d, (e * w) * e, e, w, first);
     }
 

@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/estimates/drivers.hpp"
+#include "host/central_drivers.hpp"
 
 #include <stats/central_moment.hpp>
 
@@ -13,7 +14,10 @@ void central_moment(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& da
     detail::check_outputs("central_moment", "moments", "central moment", central_moment_2, central_moment_3,
                           central_moment_4);
     if (detail::road_of(queue, "central_moment") == detail::road::host) {
-        detail::refuse_host("central_moment");
+        detail::cpu::central_moment_about(queue, data, detail::cpu::scratch_buffer<T>(data.n_dims),
+                                          central_moment_2, central_moment_3, central_moment_4,
+                                          static_cast<std::int64_t>(M));
+        return;
     }
     if constexpr (M == method::fast) {
         using functor = detail::gpu::central_moment_func_fast<T, false>;
@@ -30,7 +34,10 @@ sycl::event central_moment(sycl::queue& queue, const dataset<L, T*>& data, T* ce
     detail::check_outputs("central_moment", "moments", "central moment", central_moment_2, central_moment_3,
                           central_moment_4);
     if (detail::road_of(queue, "central_moment") == detail::road::host) {
-        detail::refuse_host("central_moment");
+        T* const no_mean = nullptr;
+        return detail::cpu::central_moment_about(queue, data, no_mean, central_moment_2, central_moment_3,
+                                                 central_moment_4, static_cast<std::int64_t>(M),
+                                                 dependencies);
     }
     if constexpr (M == method::fast) {
         const detail::gpu::central_moment_func_fast<T, true> functor(central_moment_2, central_moment_3,
@@ -49,7 +56,9 @@ void central_moment(sycl::queue& queue, sycl::buffer<T, 1> mean, const dataset<L
                           central_moment_4);
     detail::check_present("central_moment", "mean", mean);
     if (detail::road_of(queue, "central_moment") == detail::road::host) {
-        detail::refuse_host("central_moment");
+        detail::cpu::central_moment_about(queue, data, mean, central_moment_2, central_moment_3,
+                                          central_moment_4, detail::method_user_mean);
+        return;
     }
     using functor = detail::gpu::central_moment_func_user_mean<T, false>;
     detail::gpu::run_central<functor>(queue, data, central_moment_2, central_moment_3, central_moment_4,
@@ -64,7 +73,8 @@ sycl::event central_moment(sycl::queue& queue, T* mean, const dataset<L, T*>& da
                           central_moment_4);
     detail::check_present("central_moment", "mean", mean);
     if (detail::road_of(queue, "central_moment") == detail::road::host) {
-        detail::refuse_host("central_moment");
+        return detail::cpu::central_moment_about(queue, data, mean, central_moment_2, central_moment_3,
+                                                 central_moment_4, detail::method_user_mean, dependencies);
     }
     const detail::gpu::central_moment_func_user_mean<T, true> functor(central_moment_2, central_moment_3,
                                                                       central_moment_4);

@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/estimates/drivers.hpp"
+#include "host/central_drivers.hpp"
 
 #include <stats/central_sum.hpp>
 
@@ -12,7 +13,14 @@ void central_sum(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data,
                  sycl::buffer<T, 1> central_sum_4) {
     detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
     if (detail::road_of(queue, "central_sum") == detail::road::host) {
-        detail::refuse_host("central_sum");
+        if constexpr (M == method::fast) {
+            detail::cpu::central_sum_fast(queue, data, central_sum_2, central_sum_3, central_sum_4);
+        } else {
+            detail::cpu::central_sum_about(queue, data, detail::cpu::scratch_buffer<T>(data.n_dims),
+                                           central_sum_2, central_sum_3, central_sum_4,
+                                           static_cast<std::int64_t>(M));
+        }
+        return;
     }
     if constexpr (M == method::fast) {
         using functor = detail::gpu::central_sum_func_fast<T, false>;
@@ -27,7 +35,13 @@ sycl::event central_sum(sycl::queue& queue, const dataset<L, T*>& data, T* centr
                         T* central_sum_4, [[maybe_unused]] const std::vector<sycl::event>& dependencies) {
     detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
     if (detail::road_of(queue, "central_sum") == detail::road::host) {
-        detail::refuse_host("central_sum");
+        if constexpr (M == method::fast) {
+            return detail::cpu::central_sum_fast(queue, data, central_sum_2, central_sum_3, central_sum_4,
+                                                 dependencies);
+        } else {
+            return detail::cpu::central_sum_standard(queue, data, central_sum_2, central_sum_3, central_sum_4,
+                                                     dependencies);
+        }
     }
     if constexpr (M == method::fast) {
         const detail::gpu::central_sum_func_fast<T, true> functor(central_sum_2, central_sum_3,
@@ -45,7 +59,9 @@ void central_sum(sycl::queue& queue, sycl::buffer<T, 1> mean, const dataset<L, s
     detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
     detail::check_present("central_sum", "mean", mean);
     if (detail::road_of(queue, "central_sum") == detail::road::host) {
-        detail::refuse_host("central_sum");
+        detail::cpu::central_sum_about(queue, data, mean, central_sum_2, central_sum_3, central_sum_4,
+                                       detail::method_user_mean);
+        return;
     }
     using functor = detail::gpu::central_sum_func_user_mean<T, false>;
     detail::gpu::run_central<functor>(queue, data, central_sum_2, central_sum_3, central_sum_4, mean);
@@ -57,7 +73,8 @@ sycl::event central_sum(sycl::queue& queue, T* mean, const dataset<L, T*>& data,
     detail::check_outputs("central_sum", "sums", "central sum", central_sum_2, central_sum_3, central_sum_4);
     detail::check_present("central_sum", "mean", mean);
     if (detail::road_of(queue, "central_sum") == detail::road::host) {
-        detail::refuse_host("central_sum");
+        return detail::cpu::central_sum_user_mean(queue, data, mean, central_sum_2, central_sum_3,
+                                                  central_sum_4, dependencies);
     }
     const detail::gpu::central_sum_func_user_mean<T, true> functor(central_sum_2, central_sum_3,
                                                                    central_sum_4);

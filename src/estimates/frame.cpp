@@ -13,10 +13,6 @@ road road_of(const sycl::queue& queue, const char* estimate) {
     throw unsupported_device("stats", estimate, device);
 }
 
-void refuse_host(const char* estimate) {
-    throw unimplemented("stats", estimate, "for a CPU device");
-}
-
 void refuse_method(const char* estimate) {
     throw unimplemented("stats", estimate, "for this method");
 }

@@ -74,9 +74,6 @@ enum class road { host, device };
  */
 road road_of(const sycl::queue& queue, const char* estimate);
 
-/** \brief Refuses a CPU device: \throws unimplemented */
-[[noreturn]] void refuse_host(const char* estimate);
-
 /** \brief Refuses a method that has no device code: \throws unimplemented */
 [[noreturn]] void refuse_method(const char* estimate);
 

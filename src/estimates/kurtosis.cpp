@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/estimates/drivers.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/kurtosis.hpp>
 
@@ -10,7 +11,8 @@ template <method M, typename T, layout L>
 void kurtosis(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, sycl::buffer<T, 1> kurtosis) {
     detail::check_present("kurtosis", "kurtosis", kurtosis);
     if (detail::road_of(queue, "kurtosis") == detail::road::host) {
-        detail::refuse_host("kurtosis");
+        detail::cpu::kurtosis<method::fast>(queue, data, kurtosis);
+        return;
     }
     detail::gpu::kurtosis<method::fast, T, L>(queue, data, kurtosis);
 }
@@ -20,7 +22,7 @@ sycl::event kurtosis(sycl::queue& queue, const dataset<L, T*>& data, T* kurtosis
                      const std::vector<sycl::event>& dependencies) {
     detail::check_present("kurtosis", "kurtosis", kurtosis);
     if (detail::road_of(queue, "kurtosis") == detail::road::host) {
-        detail::refuse_host("kurtosis");
+        return detail::cpu::kurtosis<method::fast>(queue, data, kurtosis, dependencies);
     }
     return detail::gpu::kurtosis<method::fast, T, L>(queue, data, kurtosis, dependencies);
 }
@@ -31,7 +33,8 @@ void kurtosis(sycl::queue& queue, sycl::buffer<T, 1> mean, const dataset<L, sycl
     detail::check_present("kurtosis", "kurtosis", kurtosis);
     detail::check_present("kurtosis", "mean", mean);
     if (detail::road_of(queue, "kurtosis") == detail::road::host) {
-        detail::refuse_host("kurtosis");
+        detail::cpu::kurtosis_about(queue, data, mean, kurtosis, detail::method_user_mean);
+        return;
     }
     detail::gpu::submit_basic(queue, data, detail::gpu::kurtosis_func_user_mean<T, false>(kurtosis), mean);
 }
@@ -42,7 +45,8 @@ sycl::event kurtosis(sycl::queue& queue, T* mean, const dataset<L, T*>& data, T*
     detail::check_present("kurtosis", "kurtosis", kurtosis);
     detail::check_present("kurtosis", "mean", mean);
     if (detail::road_of(queue, "kurtosis") == detail::road::host) {
-        detail::refuse_host("kurtosis");
+        return detail::cpu::kurtosis_about(queue, data, mean, kurtosis, detail::method_user_mean,
+                                           dependencies);
     }
     return detail::gpu::submit_basic_usm(queue, data, detail::gpu::kurtosis_func_user_mean<T, true>(kurtosis),
                                          dependencies, mean);

@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/minmax_submit.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/max.hpp>
 
@@ -10,7 +11,9 @@ template <method M, typename T, layout L>
 void max(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, sycl::buffer<T, 1> max) {
     detail::check_present("max", "max", max);
     if (detail::road_of(queue, "max") == detail::road::host) {
-        detail::refuse_host("max");
+        detail::cpu::max_func<T, false> host(max, detail::cpu::method_fast);
+        detail::cpu::submit(queue, data, host);
+        return;
     }
     detail::gpu::submit_minmax(queue, data, detail::gpu::max_func_fast<T, false>(max));
 }
@@ -20,7 +23,8 @@ sycl::event max(sycl::queue& queue, const dataset<L, T*>& data, T* max,
                 const std::vector<sycl::event>& dependencies) {
     detail::check_present("max", "max", max);
     if (detail::road_of(queue, "max") == detail::road::host) {
-        detail::refuse_host("max");
+        detail::cpu::max_func<T, true> host(max, detail::cpu::method_fast);
+        return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::submit_minmax_usm(queue, data, detail::gpu::max_func_fast<T, true>(max),
                                           dependencies);

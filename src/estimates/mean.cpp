@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/estimates/drivers.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/mean.hpp>
 
@@ -10,7 +11,8 @@ template <method M, typename T, layout L>
 void mean(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, sycl::buffer<T, 1> mean) {
     detail::check_present("mean", "mean", mean);
     if (detail::road_of(queue, "mean") == detail::road::host) {
-        detail::refuse_host("mean");
+        detail::cpu::mean<method::fast>(queue, data, mean);
+        return;
     }
     detail::gpu::mean<method::fast, T, L>(queue, data, mean);
 }
@@ -20,7 +22,8 @@ sycl::event mean(sycl::queue& queue, const dataset<L, T*>& data, T* mean,
                  const std::vector<sycl::event>& dependencies) {
     detail::check_present("mean", "mean", mean);
     if (detail::road_of(queue, "mean") == detail::road::host) {
-        detail::refuse_host("mean");
+        detail::cpu::mean_func<T, true> host(mean, detail::cpu::method_fast);
+        return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::mean<method::fast, T, L>(queue, data, mean, dependencies);
 }

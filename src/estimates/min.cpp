@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/minmax_submit.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/min.hpp>
 
@@ -10,7 +11,9 @@ template <method M, typename T, layout L>
 void min(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, sycl::buffer<T, 1> min) {
     detail::check_present("min", "min", min);
     if (detail::road_of(queue, "min") == detail::road::host) {
-        detail::refuse_host("min");
+        detail::cpu::min_func<T, false> host(min, detail::cpu::method_fast);
+        detail::cpu::submit(queue, data, host);
+        return;
     }
     detail::gpu::submit_minmax(queue, data, detail::gpu::min_func_fast<T, false>(min));
 }
@@ -20,7 +23,8 @@ sycl::event min(sycl::queue& queue, const dataset<L, T*>& data, T* min,
                 const std::vector<sycl::event>& dependencies) {
     detail::check_present("min", "min", min);
     if (detail::road_of(queue, "min") == detail::road::host) {
-        detail::refuse_host("min");
+        detail::cpu::min_func<T, true> host(min, detail::cpu::method_fast);
+        return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::submit_minmax_usm(queue, data, detail::gpu::min_func_fast<T, true>(min),
                                           dependencies);

@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/minmax_submit.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/min_max.hpp>
 
@@ -12,7 +13,9 @@ void min_max(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, syc
     detail::check_present("min_max", "min", min);
     detail::check_present("min_max", "max", max);
     if (detail::road_of(queue, "min_max") == detail::road::host) {
-        detail::refuse_host("min_max");
+        detail::cpu::min_max_func<T, false> host(min, max, detail::cpu::method_fast);
+        detail::cpu::submit(queue, data, host);
+        return;
     }
     detail::gpu::submit_minmax(queue, data, detail::gpu::min_max_func_fast<T, false>(min, max));
 }
@@ -23,7 +26,8 @@ sycl::event min_max(sycl::queue& queue, const dataset<L, T*>& data, T* min, T* m
     detail::check_present("min_max", "min", min);
     detail::check_present("min_max", "max", max);
     if (detail::road_of(queue, "min_max") == detail::road::host) {
-        detail::refuse_host("min_max");
+        detail::cpu::min_max_func<T, true> host(min, max, detail::cpu::method_fast);
+        return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::submit_minmax_usm(queue, data, detail::gpu::min_max_func_fast<T, true>(min, max),
                                           dependencies);

@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/estimates/drivers.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/raw_sum.hpp>
 
@@ -11,7 +12,8 @@ void raw_sum(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, syc
              sycl::buffer<T, 1> raw_sum_2, sycl::buffer<T, 1> raw_sum_3, sycl::buffer<T, 1> raw_sum_4) {
     detail::check_outputs("raw_sum", "sums", "sum", sum, raw_sum_2, raw_sum_3, raw_sum_4);
     if (detail::road_of(queue, "raw_sum") == detail::road::host) {
-        detail::refuse_host("raw_sum");
+        detail::cpu::raw_sum<method::fast>(queue, data, sum, raw_sum_2, raw_sum_3, raw_sum_4);
+        return;
     }
     detail::gpu::raw_sum<method::fast, T, L>(queue, data, sum, raw_sum_2, raw_sum_3, raw_sum_4);
 }
@@ -21,7 +23,9 @@ sycl::event raw_sum(sycl::queue& queue, const dataset<L, T*>& data, T* sum, T* r
                     T* raw_sum_4, const std::vector<sycl::event>& dependencies) {
     detail::check_outputs("raw_sum", "sums", "sum", sum, raw_sum_2, raw_sum_3, raw_sum_4);
     if (detail::road_of(queue, "raw_sum") == detail::road::host) {
-        detail::refuse_host("raw_sum");
+        detail::cpu::raw_sum_func<T, true> host(sum, raw_sum_2, raw_sum_3, raw_sum_4,
+                                                detail::cpu::method_fast);
+        return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::raw_sum<method::fast, T, L>(queue, data, sum, raw_sum_2, raw_sum_3, raw_sum_4,
                                                     dependencies);

@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/estimates/drivers.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/skewness.hpp>
 
@@ -10,7 +11,8 @@ template <method M, typename T, layout L>
 void skewness(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, sycl::buffer<T, 1> skewness) {
     detail::check_present("skewness", "skewness", skewness);
     if (detail::road_of(queue, "skewness") == detail::road::host) {
-        detail::refuse_host("skewness");
+        detail::cpu::skewness<method::fast>(queue, data, skewness);
+        return;
     }
     detail::gpu::skewness<method::fast, T, L>(queue, data, skewness);
 }
@@ -20,7 +22,7 @@ sycl::event skewness(sycl::queue& queue, const dataset<L, T*>& data, T* skewness
                      const std::vector<sycl::event>& dependencies) {
     detail::check_present("skewness", "skewness", skewness);
     if (detail::road_of(queue, "skewness") == detail::road::host) {
-        detail::refuse_host("skewness");
+        return detail::cpu::skewness<method::fast>(queue, data, skewness, dependencies);
     }
     return detail::gpu::skewness<method::fast, T, L>(queue, data, skewness, dependencies);
 }
@@ -31,7 +33,8 @@ void skewness(sycl::queue& queue, sycl::buffer<T, 1> mean, const dataset<L, sycl
     detail::check_present("skewness", "skewness", skewness);
     detail::check_present("skewness", "mean", mean);
     if (detail::road_of(queue, "skewness") == detail::road::host) {
-        detail::refuse_host("skewness");
+        detail::cpu::skewness_about(queue, data, mean, skewness, detail::method_user_mean);
+        return;
     }
     detail::gpu::submit_basic(queue, data, detail::gpu::skewness_func_user_mean<T, false>(skewness), mean);
 }
@@ -42,7 +45,8 @@ sycl::event skewness(sycl::queue& queue, T* mean, const dataset<L, T*>& data, T*
     detail::check_present("skewness", "skewness", skewness);
     detail::check_present("skewness", "mean", mean);
     if (detail::road_of(queue, "skewness") == detail::road::host) {
-        detail::refuse_host("skewness");
+        return detail::cpu::skewness_about(queue, data, mean, skewness, detail::method_user_mean,
+                                           dependencies);
     }
     return detail::gpu::submit_basic_usm(queue, data, detail::gpu::skewness_func_user_mean<T, true>(skewness),
                                          dependencies, mean);

@@ -1,6 +1,7 @@
 #include "frame.hpp"
 
 #include "device/estimates/drivers.hpp"
+#include "host/drivers.hpp"
 
 #include <stats/variation.hpp>
 
@@ -10,7 +11,8 @@ template <method M, typename T, layout L>
 void variation(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1>>& data, sycl::buffer<T, 1> variation) {
     detail::check_present("variation", "variation", variation);
     if (detail::road_of(queue, "variation") == detail::road::host) {
-        detail::refuse_host("variation");
+        detail::cpu::variation<method::fast>(queue, data, variation);
+        return;
     }
     detail::gpu::variation<method::fast, T, L>(queue, data, variation);
 }
@@ -20,7 +22,7 @@ sycl::event variation(sycl::queue& queue, const dataset<L, T*>& data, T* variati
                       const std::vector<sycl::event>& dependencies) {
     detail::check_present("variation", "variation", variation);
     if (detail::road_of(queue, "variation") == detail::road::host) {
-        detail::refuse_host("variation");
+        return detail::cpu::variation<method::fast>(queue, data, variation, dependencies);
     }
     return detail::gpu::variation<method::fast, T, L>(queue, data, variation, dependencies);
 }
@@ -31,7 +33,8 @@ void variation(sycl::queue& queue, sycl::buffer<T, 1> mean, const dataset<L, syc
     detail::check_present("variation", "variation", variation);
     detail::check_present("variation", "mean", mean);
     if (detail::road_of(queue, "variation") == detail::road::host) {
-        detail::refuse_host("variation");
+        detail::cpu::variation_about(queue, data, mean, variation, detail::method_user_mean);
+        return;
     }
     detail::gpu::submit_basic(queue, data, detail::gpu::variation_func_user_mean<T, false>(variation), mean);
 }
@@ -42,7 +45,8 @@ sycl::event variation(sycl::queue& queue, T* mean, const dataset<L, T*>& data, T
     detail::check_present("variation", "variation", variation);
     detail::check_present("variation", "mean", mean);
     if (detail::road_of(queue, "variation") == detail::road::host) {
-        detail::refuse_host("variation");
+        return detail::cpu::variation_about(queue, data, mean, variation, detail::method_user_mean,
+                                            dependencies);
     }
     return detail::gpu::submit_basic_usm(
         queue, data, detail::gpu::variation_func_user_mean<T, true>(variation), dependencies, mean);

@@ -44,10 +44,10 @@ struct central_sum_func_fast_base : expanded_orders {
     using expanded_orders::expanded_orders;
 
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, const Ptr& out2,
-                    const Ptr& out3, const Ptr& out4) const {
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
         const central_expansion<T> c(power_totals<T>(tmp, dim), total_weight(tmp));
-        store_central_sums(c, *this, dim, out2, out3, out4);
+        store_central_sums(c, *this, dim, stores, out2, out3, out4);
     }
 };
 
@@ -57,11 +57,11 @@ struct central_moment_func_fast_base : expanded_orders {
     using expanded_orders::expanded_orders;
 
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, const Ptr& out2,
-                    const Ptr& out3, const Ptr& out4) const {
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
         const T weight = total_weight(tmp);
         const central_expansion<T> c(power_totals<T>(tmp, dim), weight);
-        store_central_moments(c, *this, weight, total_square_weight(tmp), dim, out2, out3, out4);
+        store_central_moments(c, *this, weight, total_square_weight(tmp), dim, stores, out2, out3, out4);
     }
 };
 
@@ -71,9 +71,9 @@ struct central_sum_func_user_mean_base : deviation_orders {
     using deviation_orders::deviation_orders;
 
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim, const Ptr& out2,
-                    const Ptr& out3, const Ptr& out4) const {
-        store_central_sums(deviation_totals<T>(tmp, dim), *this, dim, out2, out3, out4);
+    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
+        store_central_sums(deviation_totals<T>(tmp, dim), *this, dim, stores, out2, out3, out4);
     }
 };
 
@@ -83,10 +83,10 @@ struct central_moment_func_user_mean_base : deviation_orders {
     using deviation_orders::deviation_orders;
 
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim, const Ptr& out2,
-                    const Ptr& out3, const Ptr& out4) const {
+    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
         store_central_moments(deviation_totals<T>(tmp, dim), *this, total_weight(tmp),
-                              total_square_weight(tmp), dim, out2, out3, out4);
+                              total_square_weight(tmp), dim, stores, out2, out3, out4);
     }
 };
 
@@ -116,8 +116,9 @@ struct central_func : Base<T, output_of<T, is_usm>> {
         handler.require(out4);
     }
 
-    void operator()(const sum_tmp_helper<T, is_usm, base::user_mean>& tmp, unsigned long dim) const {
-        base::operator()(tmp, dim, out2, out3, out4);
+    void operator()(const sum_tmp_helper<T, is_usm, base::user_mean>& tmp, unsigned long dim,
+                    bool stores = true) const {
+        base::operator()(tmp, dim, stores, out2, out3, out4);
     }
 
     output_of<T, is_usm> out2;

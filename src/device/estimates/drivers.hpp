@@ -7,6 +7,7 @@
 
 #include "../basic_submit.hpp"
 #include "central_funcs.hpp"
+#include "kernel_layout.hpp"
 #include "mean_func.hpp"
 #include "raw_funcs.hpp"
 #include "shape_funcs.hpp"

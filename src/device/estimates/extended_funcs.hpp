@@ -31,12 +31,12 @@ struct variation_func_fast<T, true> {
     static constexpr bool user_mean = false;
     static constexpr const char* estimate = "variation";
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
         const auto s = read_shape(tmp, dim);
         const power_totals<T> raw(tmp, dim);
-        store(mean, dim, s.central.mean());
-        store(raw2, dim, raw.s2 / s.weight);
-        store(out, dim, variation_of(s.central.order2(), s.factor, s.central.mean()));
+        store_if(stores, mean, dim, s.central.mean());
+        store_if(stores, raw2, dim, raw.s2 / s.weight);
+        store_if(stores, out, dim, variation_of(s.central.order2(), s.factor, s.central.mean()));
     }
 
     T* mean;
@@ -46,14 +46,14 @@ struct variation_func_fast<T, true> {
 
 template <typename T, typename Ptr>
 struct skewness_func_fast_base {
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
-                    Ptr raw3, Ptr out) const {
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
+                    Ptr raw2, Ptr raw3, Ptr out) const {
         const auto s = read_shape(tmp, dim);
         const power_totals<T> raw(tmp, dim);
-        store(mean, dim, s.central.mean());
-        store(raw2, dim, raw.s2 / s.weight);
-        store(raw3, dim, raw.s3 / s.weight);
-        store(out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
+        store_if(stores, mean, dim, s.central.mean());
+        store_if(stores, raw2, dim, raw.s2 / s.weight);
+        store_if(stores, raw3, dim, raw.s3 / s.weight);
+        store_if(stores, out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
     }
 };
 
@@ -65,8 +65,8 @@ struct skewness_func_fast<T, true> : skewness_func_fast_base<T, T*> {
     static constexpr bool user_mean = false;
     static constexpr const char* estimate = "skewness";
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
-        skewness_func_fast_base<T, T*>::operator()(tmp, dim, mean, raw2, raw3, out);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
+        skewness_func_fast_base<T, T*>::operator()(tmp, dim, stores, mean, raw2, raw3, out);
     }
 
     T* mean;
@@ -77,15 +77,15 @@ struct skewness_func_fast<T, true> : skewness_func_fast_base<T, T*> {
 
 template <typename T, typename Ptr>
 struct kurtosis_func_fast_base {
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
-                    Ptr raw3, Ptr raw4, Ptr out) const {
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
+                    Ptr raw2, Ptr raw3, Ptr raw4, Ptr out) const {
         const auto s = read_shape(tmp, dim);
         const power_totals<T> raw(tmp, dim);
-        store(mean, dim, s.central.mean());
-        store(raw2, dim, raw.s2 / s.weight);
-        store(raw3, dim, raw.s3 / s.weight);
-        store(raw4, dim, raw.s4 / s.weight);
-        store(out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
+        store_if(stores, mean, dim, s.central.mean());
+        store_if(stores, raw2, dim, raw.s2 / s.weight);
+        store_if(stores, raw3, dim, raw.s3 / s.weight);
+        store_if(stores, raw4, dim, raw.s4 / s.weight);
+        store_if(stores, out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
     }
 };
 
@@ -97,8 +97,8 @@ struct kurtosis_func_fast<T, true> : kurtosis_func_fast_base<T, T*> {
     static constexpr bool user_mean = false;
     static constexpr const char* estimate = "kurtosis";
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
-        kurtosis_func_fast_base<T, T*>::operator()(tmp, dim, mean, raw2, raw3, raw4, out);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
+        kurtosis_func_fast_base<T, T*>::operator()(tmp, dim, stores, mean, raw2, raw3, raw4, out);
     }
 
     T* mean;
@@ -111,15 +111,11 @@ struct kurtosis_func_fast<T, true> : kurtosis_func_fast_base<T, T*> {
 /** \brief Mean and raw moments on the way to central results of orders 2 to 4. */
 template <typename T, typename Flags, typename Ptr>
 void store_raw_moments(const power_totals<T>& raw, T weight, T mean, const Flags& flags, unsigned long dim,
-                       Ptr mean_out, Ptr raw2, Ptr raw3, Ptr raw4) {
-    store(mean_out, dim, mean);
-    store(raw2, dim, raw.s2 / weight);
-    if (flags.has_order3 || flags.has_order4) {
-        store(raw3, dim, raw.s3 / weight);
-    }
-    if (flags.has_order4) {
-        store(raw4, dim, raw.s4 / weight);
-    }
+                       bool stores, Ptr mean_out, Ptr raw2, Ptr raw3, Ptr raw4) {
+    store_if(stores, mean_out, dim, mean);
+    store_if(stores, raw2, dim, raw.s2 / weight);
+    store_if(stores && (flags.has_order3 || flags.has_order4), raw3, dim, raw.s3 / weight);
+    store_if(stores && flags.has_order4, raw4, dim, raw.s4 / weight);
 }
 
 template <typename T, typename Ptr>
@@ -127,13 +123,13 @@ struct central_sum_func_fast_base : expanded_orders {
     static constexpr const char* estimate = "central_sum";
     using expanded_orders::expanded_orders;
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
-                    Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
+                    Ptr raw2, Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
         const T weight = total_weight(tmp);
         const power_totals<T> raw(tmp, dim);
         const central_expansion<T> c(raw, weight);
-        store_raw_moments(raw, weight, c.mean(), *this, dim, mean, raw2, raw3, raw4);
-        store_central_sums(c, *this, dim, out2, out3, out4);
+        store_raw_moments(raw, weight, c.mean(), *this, dim, stores, mean, raw2, raw3, raw4);
+        store_central_sums(c, *this, dim, stores, out2, out3, out4);
     }
 };
 
@@ -142,13 +138,13 @@ struct central_moment_func_fast_base : expanded_orders {
     static constexpr const char* estimate = "central_moment";
     using expanded_orders::expanded_orders;
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
-                    Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
+                    Ptr raw2, Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
         const T weight = total_weight(tmp);
         const power_totals<T> raw(tmp, dim);
         const central_expansion<T> c(raw, weight);
-        store_raw_moments(raw, weight, c.mean(), *this, dim, mean, raw2, raw3, raw4);
-        store_central_moments(c, *this, weight, total_square_weight(tmp), dim, out2, out3, out4);
+        store_raw_moments(raw, weight, c.mean(), *this, dim, stores, mean, raw2, raw3, raw4);
+        store_central_moments(c, *this, weight, total_square_weight(tmp), dim, stores, out2, out3, out4);
     }
 };
 
@@ -163,8 +159,8 @@ struct central_func : Base<T, T*> {
         : base(third != nullptr, fourth != nullptr), mean(mean_out), raw2(raw2_out), raw3(raw3_out),
           raw4(raw4_out), out2(second), out3(third), out4(fourth) {}
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
-        base::operator()(tmp, dim, mean, raw2, raw3, raw4, out2, out3, out4);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
+        base::operator()(tmp, dim, stores, mean, raw2, raw3, raw4, out2, out3, out4);
     }
 
     T* mean;

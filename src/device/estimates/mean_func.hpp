@@ -24,8 +24,9 @@ struct mean_func {
 
     void set_requirements(sycl::handler& handler) const requires(!is_usm) { handler.require(out); }
 
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim) const {
-        store(out, dim, T(tmp.sums[dim] / total_weight(tmp)));
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim,
+                    bool stores = true) const {
+        store_if(stores, out, dim, T(tmp.sums[dim] / total_weight(tmp)));
     }
 
     output_of<T, is_usm> out;

@@ -1,6 +1,9 @@
 /**
  * \file outputs.hpp
  * \brief Outputs of functors: binding on the host, stores on the device.
+ *
+ * All work-items of the last group evaluate a functor on the same totals; the one that has `stores` set
+ * stores.
  */
 #pragma once
 
@@ -22,16 +25,19 @@ sycl::buffer<T, 1>& present_or(sycl::buffer<T, 1>& output, sycl::buffer<T, 1>& s
     return output.size() != 0 ? output : spare;
 }
 
-/** \brief Stores a result. */
+/** \brief Stores a result if \p stores. */
 template <typename T, sycl::access_mode mode>
-void store(const sycl::accessor<T, 1, mode, sycl::target::device>& output, std::size_t d, T value) {
-    output[d] = value;
+void store_if(bool stores, const sycl::accessor<T, 1, mode, sycl::target::device>& output, std::size_t d,
+              T value) {
+    if (stores) {
+        output[d] = value;
+    }
 }
 
-/** \brief Stores a result; a null pointer, which an offloaded task may leave, takes none. */
+/** \brief The same; a null pointer, which an offloaded task may leave, takes no store. */
 template <typename T>
-void store(T* output, std::size_t d, T value) {
-    if (output != nullptr) {
+void store_if(bool stores, T* output, std::size_t d, T value) {
+    if (stores && output != nullptr) {
         output[d] = value;
     }
 }

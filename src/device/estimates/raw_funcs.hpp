@@ -33,19 +33,13 @@ struct raw_sum_func_fast_base : raw_orders {
     using raw_orders::raw_orders;
 
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, const Ptr& out1,
-                    const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out1, const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
         const power_totals<T> s(tmp, dim);
-        store(out1, dim, s.s1);
-        if (has_order2) {
-            store(out2, dim, s.s2);
-        }
-        if (has_order3) {
-            store(out3, dim, s.s3);
-        }
-        if (has_order4) {
-            store(out4, dim, s.s4);
-        }
+        store_if(stores, out1, dim, s.s1);
+        store_if(stores && has_order2, out2, dim, s.s2);
+        store_if(stores && has_order3, out3, dim, s.s3);
+        store_if(stores && has_order4, out4, dim, s.s4);
     }
 };
 
@@ -56,20 +50,14 @@ struct raw_moment_func_fast_base : raw_orders {
     using raw_orders::raw_orders;
 
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, const Ptr& out1,
-                    const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out1, const Ptr& out2, const Ptr& out3, const Ptr& out4) const {
         const power_totals<T> s(tmp, dim);
         const T weight = total_weight(tmp);
-        store(out1, dim, s.s1 / weight);
-        if (has_order2) {
-            store(out2, dim, s.s2 / weight);
-        }
-        if (has_order3) {
-            store(out3, dim, s.s3 / weight);
-        }
-        if (has_order4) {
-            store(out4, dim, s.s4 / weight);
-        }
+        store_if(stores, out1, dim, s.s1 / weight);
+        store_if(stores && has_order2, out2, dim, s.s2 / weight);
+        store_if(stores && has_order3, out3, dim, s.s3 / weight);
+        store_if(stores && has_order4, out4, dim, s.s4 / weight);
     }
 };
 
@@ -104,8 +92,9 @@ struct raw_func : Base<T, output_of<T, is_usm>> {
         handler.require(out4);
     }
 
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim) const {
-        base::operator()(tmp, dim, out1, out2, out3, out4);
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim,
+                    bool stores = true) const {
+        base::operator()(tmp, dim, stores, out1, out2, out3, out4);
     }
 
     output_of<T, is_usm> out1;

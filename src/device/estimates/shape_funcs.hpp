@@ -58,18 +58,20 @@ struct variation_func_fast : shape_output<T, is_usm> {
     static constexpr const char* estimate = "variation";
     using shape_output<T, is_usm>::shape_output;
 
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim) const {
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim,
+                    bool stores = true) const {
         const auto s = read_shape(tmp, dim);
-        store(this->out, dim, variation_of(s.central.order2(), s.factor, s.central.mean()));
+        store_if(stores, this->out, dim, variation_of(s.central.order2(), s.factor, s.central.mean()));
     }
 };
 
 template <typename T, typename Ptr>
 struct skewness_func_fast_base {
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, const Ptr& out) const {
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out) const {
         const auto s = read_shape(tmp, dim);
-        store(out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
+        store_if(stores, out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
     }
 };
 
@@ -80,17 +82,19 @@ struct skewness_func_fast : shape_output<T, is_usm>, skewness_func_fast_base<T, 
     static constexpr const char* estimate = "skewness";
     using shape_output<T, is_usm>::shape_output;
 
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim) const {
-        skewness_func_fast_base<T, output_of<T, is_usm>>::operator()(tmp, dim, this->out);
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim,
+                    bool stores = true) const {
+        skewness_func_fast_base<T, output_of<T, is_usm>>::operator()(tmp, dim, stores, this->out);
     }
 };
 
 template <typename T, typename Ptr>
 struct kurtosis_func_fast_base {
     template <bool is_usm>
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, const Ptr& out) const {
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim, bool stores,
+                    const Ptr& out) const {
         const auto s = read_shape(tmp, dim);
-        store(out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
+        store_if(stores, out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
     }
 };
 
@@ -101,8 +105,9 @@ struct kurtosis_func_fast : shape_output<T, is_usm>, kurtosis_func_fast_base<T, 
     static constexpr const char* estimate = "kurtosis";
     using shape_output<T, is_usm>::shape_output;
 
-    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim) const {
-        kurtosis_func_fast_base<T, output_of<T, is_usm>>::operator()(tmp, dim, this->out);
+    void operator()(const sum_tmp_helper<T, is_usm, false>& tmp, unsigned long dim,
+                    bool stores = true) const {
+        kurtosis_func_fast_base<T, output_of<T, is_usm>>::operator()(tmp, dim, stores, this->out);
     }
 };
 
@@ -113,9 +118,9 @@ struct variation_func_user_mean : shape_output<T, is_usm> {
     static constexpr const char* estimate = "variation";
     using shape_output<T, is_usm>::shape_output;
 
-    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim) const {
+    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim, bool stores = true) const {
         const auto s = read_shape(tmp, dim);
-        store(this->out, dim, variation_of(s.central.order2(), s.factor, T(tmp.mean[dim])));
+        store_if(stores, this->out, dim, variation_of(s.central.order2(), s.factor, T(tmp.mean[dim])));
     }
 };
 
@@ -126,9 +131,9 @@ struct skewness_func_user_mean : shape_output<T, is_usm> {
     static constexpr const char* estimate = "skewness";
     using shape_output<T, is_usm>::shape_output;
 
-    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim) const {
+    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim, bool stores = true) const {
         const auto s = read_shape(tmp, dim);
-        store(this->out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
+        store_if(stores, this->out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
     }
 };
 
@@ -139,9 +144,9 @@ struct kurtosis_func_user_mean : shape_output<T, is_usm> {
     static constexpr const char* estimate = "kurtosis";
     using shape_output<T, is_usm>::shape_output;
 
-    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim) const {
+    void operator()(const sum_tmp_helper<T, is_usm, true>& tmp, unsigned long dim, bool stores = true) const {
         const auto s = read_shape(tmp, dim);
-        store(this->out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
+        store_if(stores, this->out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
     }
 };
 

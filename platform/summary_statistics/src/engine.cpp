@@ -1,0 +1,187 @@
+// A compute call from the layout to the results: threads, scratch, the merge of chunks.
+#include "finish.hpp"
+#include "unit.hpp"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <new>
+#include <omp.h>
+
+namespace tsb {
+
+namespace {
+
+constexpr std::int64_t parallel_elements = 131072; // below, waking a team costs more than it saves
+constexpr std::int64_t stack_doubles = 2048;       // scratch of a small call, which then allocates nothing
+
+/// 64-byte aligned doubles, from the stack of the caller where they fit.
+class arena {
+public:
+    explicit arena(std::int64_t size) {
+        if (size <= stack_doubles) {
+            memory_ = local_;
+        } else {
+            heap_ = memory_ = static_cast<double*>(::operator new (
+                static_cast<std::size_t>(size) * sizeof(double), std::align_val_t{64}, std::nothrow));
+        }
+    }
+    ~arena() { ::operator delete (heap_, std::align_val_t{64}); }
+    arena(const arena&) = delete;
+    arena& operator=(const arena&) = delete;
+
+    double* get() const { return memory_; }
+
+private:
+    alignas(64) double local_[stack_doubles];
+    double* memory_;
+    double* heap_ = nullptr;
+};
+
+std::int64_t table_vectors(const matrix_layout& m, std::int64_t lanes) {
+    return round_up(m.stripe_lanes(), lanes) / lanes;
+}
+
+/// Which weight each lane of a stripe takes.
+void fill_weight_tables(const matrix_layout& m, std::int64_t lanes, std::int64_t* offset,
+                        std::int64_t* lane) {
+    for (std::int64_t v = 0; v < table_vectors(m, lanes); ++v) {
+        offset[v] = std::min(v * lanes / m.width, m.rows - 1);
+        for (std::int64_t k = 0; k < lanes; ++k) {
+            lane[v * lanes + k] = std::min((v * lanes + k) / m.width, m.rows - 1) - offset[v];
+        }
+    }
+}
+
+class engine {
+public:
+    explicit engine(const problem& p)
+        : task_(p), job_{p,
+                         make_layout(p, kernels().lane.lanes),
+                         kernels(),
+                         p.is_float ? kernels().of_float : kernels().of_double,
+                         nullptr,
+                         nullptr,
+                         p.is_float ? static_cast<double>(std::numeric_limits<float>::max())
+                                    : std::numeric_limits<double>::max()},
+          layout_(job_.layout), pitch_(round_up(layout_.width, max_lanes)), n_threads_(choose_threads()) {}
+
+    bool run() {
+        const std::int64_t vectors = table_vectors(layout_, job_.kernel.lane.lanes);
+        const std::int64_t tables =
+            task_.weights ? round_up(vectors * (1 + job_.kernel.lane.lanes), max_lanes) : 0;
+        const std::int64_t per_thread = unit_scratch::size(layout_, task_.weights != nullptr);
+        const std::int64_t kept =
+            layout_.n_chunks > 1 ? layout_.n_panels * layout_.n_chunks * totals::size(pitch_) : 0;
+        const arena memory(tables + n_threads_ * per_thread + kept);
+        if (!memory.get()) {
+            return false;
+        }
+        if (tables) {
+            auto* offset = reinterpret_cast<std::int64_t*>(memory.get());
+            fill_weight_tables(layout_, job_.kernel.lane.lanes, offset, offset + vectors);
+            job_.weight_offset = offset;
+            job_.weight_lane = offset + vectors;
+        }
+        double* scratch = memory.get() + tables;
+        kept_ = scratch + n_threads_ * per_thread;
+        if (n_threads_ == 1) {
+            run_serial(scratch);
+        } else {
+            run_team(scratch, per_thread);
+        }
+        return true;
+    }
+
+private:
+    std::int64_t choose_threads() const {
+        if (task_.n_dims * task_.n_observations < parallel_elements) {
+            return 1;
+        }
+        return std::clamp<std::int64_t>(omp_get_max_threads(), 1, layout_.n_units());
+    }
+
+    void run_serial(double* scratch) {
+        unit_scratch mine(job_, scratch);
+        for (std::int64_t u = 0; u < layout_.n_units(); ++u) {
+            do_unit(mine, u);
+        }
+        if (layout_.n_chunks > 1) {
+            for (std::int64_t p = 0; p < layout_.n_panels; ++p) {
+                join_chunks(p);
+            }
+        }
+    }
+
+    void run_team(double* scratch, std::int64_t per_thread) {
+        const int grain =
+            static_cast<int>(std::clamp<std::int64_t>(layout_.n_units() / (n_threads_ * 16), 1, 4096));
+#pragma omp parallel num_threads(static_cast <int>(n_threads_))
+        {
+            unit_scratch mine(job_, scratch + omp_get_thread_num() * per_thread);
+#pragma omp for schedule(dynamic, grain)
+            for (std::int64_t u = 0; u < layout_.n_units(); ++u) {
+                do_unit(mine, u);
+            }
+            if (layout_.n_chunks > 1) {
+#pragma omp for schedule(static)
+                for (std::int64_t p = 0; p < layout_.n_panels; ++p) {
+                    join_chunks(p);
+                }
+            }
+        }
+    }
+
+    void do_unit(unit_scratch& mine, std::int64_t unit) {
+        const std::int64_t set = unit / layout_.n_chunks;
+        const std::int64_t chunk = unit % layout_.n_chunks;
+        run_unit(mine, set, chunk);
+        const std::int64_t first = set * layout_.set_size;
+        const std::int64_t count = std::min(layout_.set_size, layout_.n_panels - first);
+        for (std::int64_t k = 0; k < count; ++k) {
+            const panel where = layout_.panel_at(first + k);
+            if (!panel_included(task_, where)) {
+                continue;
+            }
+            if (layout_.n_chunks == 1) {
+                finish(task_, where, mine.state(k));
+            } else {
+                const totals from = mine.state(k);
+                std::copy_n(from.base, totals::size(pitch_), kept(first + k, chunk).base);
+            }
+        }
+    }
+
+    totals kept(std::int64_t p, std::int64_t chunk) const {
+        return {kept_ + (p * layout_.n_chunks + chunk) * totals::size(pitch_), pitch_};
+    }
+
+    /// Merges neighbours, then neighbours of those: the same tree for any number of threads.
+    void join_chunks(std::int64_t p) {
+        const panel where = layout_.panel_at(p);
+        if (!panel_included(task_, where)) {
+            return;
+        }
+        for (std::int64_t step = 1; step < layout_.n_chunks; step *= 2) {
+            for (std::int64_t c = 0; c + step < layout_.n_chunks; c += 2 * step) {
+                job_.kernel.lane.merge_totals(kept(p, c), kept(p, c + step), task_.wanted);
+            }
+        }
+        finish(task_, where, kept(p, 0));
+    }
+
+    const problem& task_;
+    job job_;
+    const matrix_layout& layout_;
+    std::int64_t pitch_;
+    std::int64_t n_threads_;
+    double* kept_ = nullptr;
+};
+
+} // namespace
+
+bool solve(const problem& p) {
+    return engine(p).run();
+}
+
+} // namespace tsb
