@@ -39,7 +39,7 @@ def data_file(name):
 
 
 def all_estimates():
-    return EXTREMES + ([] if settings.extremes_only else MOMENTS)
+    return EXTREMES + MOMENTS
 
 
 class Run:
@@ -122,8 +122,6 @@ class Values(unittest.TestCase):
             self.assertGreater(answer.check(element_type, masked=["Sepal.Length"], weights="Petal.Width"), 0)
 
     def test_weights_that_are_not_above_zero_count_as_one(self):
-        if settings.extremes_only:
-            self.skipTest("this build has no estimate that takes weights")
         texts = ["a,w\n1,0\n2,-3\n4,nan\n8,2\n", "a,w\n1,1\n2,1\n4,1\n8,2\n"]
         for device, form in itertools.product(settings.devices, ["usm", "buffer"]):
             arguments = ("-", "--json", "--device", device, "--form", form, "--weights", "w")
@@ -132,8 +130,6 @@ class Values(unittest.TestCase):
             self.assertEqual(odd["estimates"]["sum"], [23])
 
     def test_a_given_mean(self):
-        if settings.extremes_only:
-            self.skipTest("this build has no estimate that takes a mean")
         mean = [5.5, 3.25, 4.0, 1.5]
         for device, element_type, options in self.each_combination():
             words = ",".join(map(str, mean))
@@ -163,16 +159,12 @@ class Values(unittest.TestCase):
         self.assertIn("work-group limit 4, 4 passes", table)
 
     def test_the_standard_method(self):
-        if settings.extremes_only:
-            self.skipTest("this build has no estimate with a standard method")
         for device in settings.devices:
             names = MOMENTS if device == "cpu" else [name for name in MOMENTS if name not in CENTRAL]
             answer = Run(self, "iris.csv", device, "--method", "standard")
             self.assertGreater(answer.check(names=names), 0)
 
     def test_values_that_are_no_numbers_are_words(self):
-        if settings.extremes_only:
-            self.skipTest("minimum and maximum are bounded by the largest finite value")
         text = "a,b,c,d\n1,1,1,1\ninf,-inf,nan,2\n"
         for device in settings.devices:
             result = run("-", "--json", "--device", device, "--estimates", "mean,sum", text=text)
@@ -218,12 +210,9 @@ class Refusals(unittest.TestCase):
         ):
             device = () if "--device" in options else ("--device", "gpu")
             self.refused(2, fragment, iris, *device, *options, environment={"BASALT_DEVICES": "gpu"})
-        if settings.extremes_only:
-            self.refused(2, "'kurtosis' is not in this build yet", iris, "--device", "gpu", "--estimates", "kurtosis")
-        else:
-            wrong = ("--device", "gpu", "--mean", "1,2,3")
-            self.refused(2, "--mean: 3 values are given, but", iris, *wrong)
-            self.refused(2, "--mean: value 2: 'two' is not", iris, "--device", "gpu", "--mean", "1,two,3,4")
+        wrong = ("--device", "gpu", "--mean", "1,2,3")
+        self.refused(2, "--mean: 3 values are given, but", iris, *wrong)
+        self.refused(2, "--mean: value 2: 'two' is not", iris, "--device", "gpu", "--mean", "1,two,3,4")
 
     def test_failures_of_the_library(self):
         iris = data_file("iris.csv")
@@ -234,9 +223,8 @@ class Refusals(unittest.TestCase):
             self.refused(1, "fp64", iris, "--device", "gpu", "--form", form, environment=single)
             lonely = {"BASALT_DEVICES": "gpu:wg=1"}
             self.refused(1, "work-group", iris, "--device", "gpu", "--form", form, environment=lonely)
-        if not settings.extremes_only:
-            standard = ("--device", "gpu", "--method", "standard", "--estimates", "central_sum2")
-            self.refused(1, "central_sum: unimplemented functionality: for this method", iris, *standard)
+        standard = ("--device", "gpu", "--method", "standard", "--estimates", "central_sum2")
+        self.refused(1, "central_sum: unimplemented functionality: for this method", iris, *standard)
 
     def test_output_that_cannot_be_written(self):
         with open("/dev/full", "w") as full:
@@ -263,11 +251,11 @@ class Tables(unittest.TestCase):
         self.assertEqual(cells["table"], ["-", "-"])
 
     def test_the_list_of_devices(self):
-        devices = "gpu:wg=96,local=2048,fp64=0,name=Small;accelerator:name=Slab"
+        devices = "gpu:wg=48,local=2048,fp64=0,name=Small;accelerator:name=Slab"
         result = run("--list-devices", environment={"BASALT_DEVICES": devices})
         self.assertEqual(result.returncode, 0, result.stderr)
         lines = {line.split()[-1]: line.split() for line in result.stdout.splitlines()}
-        self.assertEqual(lines["Small"][:5], ["gpu", "96", "2", "KiB", "no"])
+        self.assertEqual(lines["Small"][:5], ["gpu", "48", "2", "KiB", "no"])
         self.assertEqual(lines["Slab"][0], "accelerator")
 
 
@@ -276,6 +264,5 @@ if __name__ == "__main__":
     parser.add_argument("--program", required=True)
     parser.add_argument("--data", required=True)
     parser.add_argument("--devices", required=True, type=lambda text: text.split(","))
-    parser.add_argument("--extremes-only", action="store_true")
     settings, rest = parser.parse_known_args(namespace=settings)
     unittest.main(argv=[sys.argv[0], *rest], verbosity=2)

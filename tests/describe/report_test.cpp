@@ -4,6 +4,7 @@
 #include <random>
 #include <sstream>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -24,7 +25,7 @@ struct sample {
     explicit sample(std::vector<T> values) {
         opts.file = "f.csv";
         for (std::size_t d = 0; d < values.size(); ++d) {
-            data.dimensions.push_back("c" + std::to_string(d));
+            data.dimensions.push_back(fmt::format("c{}", d));
         }
         data.n_observations = 17;
         estimates.push_back({&all_estimates[0], std::move(values)});

@@ -127,7 +127,7 @@ TEST_F(submission, a_failed_dependency_leaves_before_any_kernel) {
 }
 
 TEST_F(submission, two_to_the_31_work_items_are_refused) {
-    sycl::queue wide(test::gpu_with_limit(1024));
+    sycl::queue wide(test::gpu_with_limit(test::large_limit));
     pointers data(wide, 4);
     data.set.n_dims = 1;
     for (const std::int64_t n : {std::int64_t{1} << 31, (std::int64_t{1} << 31) - 1}) {

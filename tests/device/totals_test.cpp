@@ -134,8 +134,9 @@ TEST_P(totals, the_mean_divides_the_exact_sum_by_the_exact_weight) {
 }
 
 TEST(totals_of_large_groups, three_passes) {
-    sycl::queue queue(test::gpu_with_limit(1024));
-    const test::recipe recipe{.n_dims = 1, .n_observations = 1024 * 1024 + 3, .integers = true};
+    sycl::queue queue(test::gpu_with_limit(test::large_limit));
+    const test::recipe recipe{
+        .n_dims = 1, .n_observations = test::large_limit * test::large_limit + 3, .integers = true};
     const auto data = test::make<double>(recipe);
     const auto got = test::run<double, 4>(queue, test::arrangements[1], data, {true, true, true, true},
                                           test::call::raw_sum);

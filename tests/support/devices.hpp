@@ -38,10 +38,19 @@ inline std::size_t limit_of(const sycl::device& device) {
     return device.get_info<sycl::info::device::max_work_group_size>();
 }
 
+// The thread sanitizer keeps software GPUs to small groups.
+#ifdef __SANITIZE_THREAD__
+inline constexpr std::size_t medium_limit = 24;
+inline constexpr std::size_t large_limit = 64;
+#else
+inline constexpr std::size_t medium_limit = 96;
+inline constexpr std::size_t large_limit = 1024;
+#endif
+
 /// Software GPUs whose limits make anything from deep plans of small groups to single steps.
 inline const std::vector<sycl::device>& gpus() {
-    static const std::vector<sycl::device> list{gpu_with_limit(2), gpu_with_limit(4), gpu_with_limit(96),
-                                                gpu_with_limit(1024)};
+    static const std::vector<sycl::device> list{gpu_with_limit(2), gpu_with_limit(4),
+                                                gpu_with_limit(medium_limit), gpu_with_limit(large_limit)};
     return list;
 }
 

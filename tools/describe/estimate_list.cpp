@@ -25,10 +25,6 @@ const estimate& find_estimate(std::string_view name) {
     return *found;
 }
 
-bool in_this_build(const estimate& e) {
-    return !extremes_only || is_extreme(e.call);
-}
-
 /// min_max exists for both of its outputs together; one of them alone has a call of its own.
 void narrow_extremes(planned_call& planned) {
     if (planned.outputs[1] == nullptr) {
@@ -58,7 +54,7 @@ estimate_selection default_estimates(bool standard_method, bool cpu_path) {
     for (const estimate& e : all_estimates) {
         const bool computable = !standard_method || e.standard == standard_support::everywhere ||
                                 (e.standard == standard_support::cpu_only && cpu_path);
-        if (computable && in_this_build(e)) {
+        if (computable) {
             selection.push_back(&e);
         }
     }
@@ -67,15 +63,9 @@ estimate_selection default_estimates(bool standard_method, bool cpu_path) {
 
 void check_selection(const estimate_selection& selection, bool standard_method, bool mean_given) {
     for (const estimate* e : selection) {
-        if (!in_this_build(*e)) {
-            throw input_error(fmt::format("--estimates: '{}' is not in this build yet", e->name));
-        }
         if (standard_method && e->standard == standard_support::nowhere) {
             throw input_error(fmt::format("--estimates: '{}' does not exist for --method standard", e->name));
         }
-    }
-    if (selection.empty()) {
-        throw input_error("--method: no estimate of this build exists for the standard method");
     }
     if (mean_given &&
         std::none_of(selection.begin(), selection.end(), [](auto* e) { return e->takes_mean; })) {

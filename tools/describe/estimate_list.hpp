@@ -28,13 +28,6 @@ constexpr bool is_extreme(call_name call) {
     return call == call_name::min || call == call_name::max || call == call_name::min_max;
 }
 
-/// True in a build whose library has no other estimates yet.
-#ifdef QTX_DESCRIBE_EXTREMES_ONLY
-inline constexpr bool extremes_only = true;
-#else
-inline constexpr bool extremes_only = false;
-#endif
-
 /// Where the standard method can compute an estimate.
 enum class standard_support { nowhere, cpu_only, everywhere };
 

@@ -91,14 +91,12 @@ void make_call(const planned_call& planned, bool standard_method, sycl::queue& q
                const Array& mean, const std::array<Array, 4>& out) {
     if (is_extreme(planned.call)) {
         call_extremes(planned.call, queue, data, out);
-    } else if constexpr (!extremes_only) {
-        if (planned.about_mean) {
-            call_about_mean(planned.call, queue, mean, data, out);
-        } else if (standard_method) {
-            call_moments<stats::method::standard>(planned.call, queue, data, out);
-        } else {
-            call_moments<stats::method::fast>(planned.call, queue, data, out);
-        }
+    } else if (planned.about_mean) {
+        call_about_mean(planned.call, queue, mean, data, out);
+    } else if (standard_method) {
+        call_moments<stats::method::standard>(planned.call, queue, data, out);
+    } else {
+        call_moments<stats::method::fast>(planned.call, queue, data, out);
     }
 }
 
