@@ -15,10 +15,10 @@ else()
   enable_language(ASM)
 endif()
 
-# Kernels compute the same on all devices: always optimised, nothing fused. Everything is inlined, since local
-# memory is bound to the kernel's argument in place.
-set(QTX_DEVICE_FLAGS -x c++ -std=c++20 -fsycl -fsycl-device-only -O2 -fno-math-errno -ffp-contract=off
-  -mllvm -inline-threshold=1000000 -Wall -Wextra -Wno-unused-command-line-argument)
+# Kernels compute the same on all devices: always optimised, nothing fused. The passes are left to split_images, which
+# inlines everything first.
+set(QTX_DEVICE_FLAGS -x c++ -std=c++20 -fsycl -fsycl-device-only -O2 -Xclang -disable-llvm-passes
+  -fno-math-errno -ffp-contract=off -Wall -Wextra -Wno-unused-command-line-argument)
 
 # The images of one translation unit: ${unit}.spv and ${unit}.txt, remade when a file that it includes changes.
 function(qtx_device_unit source unit target)

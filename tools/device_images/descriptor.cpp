@@ -45,16 +45,16 @@ constexpr image_property_set set(const char* name, const image_property (&proper
 }
 
 extern "C" {
-#define IMAGE(NUMBER, ENTRY, FP64, N_ARGUMENTS, BYTES)                                                              \
+#define IMAGE(NUMBER, ENTRY, FP64, N_ARGUMENTS, BYTES)                                                       \
     __attribute__((visibility("hidden"))) extern const unsigned char device_image_##NUMBER[];                \
     __attribute__((visibility("hidden"))) extern const unsigned char device_image_end_##NUMBER[];
 #include DEVICE_IMAGE_LIST
 #undef IMAGE
 }
 
-#define IMAGE(NUMBER, ENTRY, FP64, N_ARGUMENTS, BYTES)                                                              \
+#define IMAGE(NUMBER, ENTRY, FP64, N_ARGUMENTS, BYTES)                                                       \
     static_assert((N_ARGUMENTS) <= 8);                                                                       \
-    constexpr image_entry entry_##NUMBER[] = {{ENTRY, BYTES}};                                                      \
+    constexpr image_entry entry_##NUMBER[] = {{ENTRY, BYTES}};                                               \
     constexpr argument_bits arguments_##NUMBER{N_ARGUMENTS, 0};                                              \
     constexpr image_property dropped_##NUMBER[] = {bytes(ENTRY, &arguments_##NUMBER, argument_bits_size)};   \
     constexpr image_property_set sets_##NUMBER[] = {                                                         \
@@ -63,7 +63,7 @@ extern "C" {
 #include DEVICE_IMAGE_LIST
 #undef IMAGE
 
-#define IMAGE(NUMBER, ENTRY, FP64, N_ARGUMENTS, BYTES)                                                              \
+#define IMAGE(NUMBER, ENTRY, FP64, N_ARGUMENTS, BYTES)                                                       \
     {device_image_version,                                                                                   \
      "spir64",                                                                                               \
      compile_options,                                                                                        \

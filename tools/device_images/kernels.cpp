@@ -93,9 +93,8 @@ void drop_type_names(llvm::Module& module) {
 std::unique_ptr<llvm::Module> extract(const llvm::Function& kernel) {
     const auto wanted = reach_of(kernel);
     llvm::ValueToValueMapTy copies;
-    auto result =
-        llvm::CloneModule(*kernel.getParent(), copies,
-                          [&](const llvm::GlobalValue* value) { return wanted.count(value) != 0; });
+    auto result = llvm::CloneModule(*kernel.getParent(), copies,
+                                    [&](const llvm::GlobalValue* value) { return wanted.count(value) != 0; });
     for (llvm::Function& each : llvm::make_early_inc_range(*result)) {
         if (each.isDeclaration() && each.use_empty()) {
             each.eraseFromParent();

@@ -3,10 +3,12 @@
 #include <llvm/ADT/SmallVector.h>
 #include <llvm/IR/LegacyPassManager.h>
 #include <llvm/MC/TargetRegistry.h>
+#include <llvm/Support/CommandLine.h>
 #include <llvm/Support/raw_ostream.h>
 #include <llvm/Target/TargetMachine.h>
 #include <llvm/TargetParser/Triple.h>
 
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -29,7 +31,9 @@ const llvm::Target& target() {
         LLVMInitializeSPIRVTarget();
         LLVMInitializeSPIRVTargetMC();
         LLVMInitializeSPIRVAsmPrinter();
-        return true;
+        // That pass makes instructions with carry, which the translator to SPIR bitcode does not know.
+        const char* const options[] = {"split_images", "-disable-cgp"};
+        return llvm::cl::ParseCommandLineOptions(std::size(options), options);
     }();
     std::string error;
     const llvm::Target* const found = llvm::TargetRegistry::lookupTarget(llvm::Triple(target_name), error);
@@ -39,13 +43,12 @@ const llvm::Target& target() {
     return *found;
 }
 
-/// A machine keeps the types of the module that it has made code of, so that each module takes its own.
-std::unique_ptr<llvm::TargetMachine> make_machine() {
-    return std::unique_ptr<llvm::TargetMachine>(target().createTargetMachine(
-        llvm::Triple(target_name), "", "", llvm::TargetOptions(), std::nullopt));
-}
-
 } // namespace
+
+std::unique_ptr<llvm::TargetMachine> make_machine() {
+    return std::unique_ptr<llvm::TargetMachine>(
+        target().createTargetMachine(llvm::Triple(target_name), "", "", llvm::TargetOptions(), std::nullopt));
+}
 
 void prepare_for_spirv(llvm::Module& module) {
     module.setTargetTriple(llvm::Triple(target_name));

@@ -2,9 +2,16 @@
 
 #include <llvm/IR/Module.h>
 
+#include <llvm/Target/TargetMachine.h>
+
+#include <memory>
 #include <string>
 
 namespace device_images {
+
+/// The target. A machine keeps the types of the module that it has made code of, so that each module takes
+/// its own.
+std::unique_ptr<llvm::TargetMachine> make_machine();
 
 /// Names the target of images in \p module. Call it once, before code is made of its parts.
 void prepare_for_spirv(llvm::Module& module);

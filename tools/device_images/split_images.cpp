@@ -3,11 +3,13 @@
  *
  *     split_images CODE.bc IMAGES.spv INDEX.txt
  *
- * CODE.bc is what the device compiler made of the unit. IMAGES.spv gets the modules, one behind the other;
- * INDEX.txt one line for each: entry name, offset, size, 1 if it computes in double, number of arguments,
- * bytes of the first argument.
+ * CODE.bc is what the device compiler made of the unit, not optimised yet. IMAGES.spv gets the modules, one
+ * behind the other; INDEX.txt one line for each: entry name, offset, size, 1 if it computes in double, number
+ * of arguments, bytes of the first argument.
  */
+#include "isolated.hpp"
 #include "kernels.hpp"
+#include "optimise.hpp"
 #include "spirv_code.hpp"
 
 #include <llvm/IR/LLVMContext.h>
@@ -30,6 +32,20 @@ std::unique_ptr<llvm::Module> read_module(const char* path, llvm::LLVMContext& c
     return module;
 }
 
+/// The line of the index behind the place of an image.
+std::string traits_of(const device_images::kernel_needs& needs) {
+    return std::to_string(needs.fp64 ? 1 : 0) + ' ' + std::to_string(needs.n_arguments) + ' ' +
+           std::to_string(needs.argument_bytes);
+}
+
+/// The traits of a kernel, a line end, and its image.
+std::string make_image(const llvm::Function& kernel) {
+    const auto alone = device_images::extract(kernel);
+    device_images::optimise(*alone);
+    const std::string traits = traits_of(device_images::needs_of(*alone));
+    return traits + '\n' + device_images::spirv_of(*alone);
+}
+
 void split(const char* code, const char* images, const char* index) {
     llvm::LLVMContext context;
     const auto module = read_module(code, context);
@@ -39,14 +55,12 @@ void split(const char* code, const char* images, const char* index) {
     std::ofstream index_file(index);
     std::size_t offset = 0;
     for (const llvm::Function* kernel : device_images::kernels_of(*module)) {
-        const std::string name = kernel->getName().str();
-        const auto alone = device_images::extract(*kernel);
-        const auto needs = device_images::needs_of(*alone);
-        const std::string image = device_images::spirv_of(*alone);
-        image_file << image;
-        index_file << name << ' ' << offset << ' ' << image.size() << ' ' << needs.fp64 << ' '
-                   << needs.n_arguments << ' ' << needs.argument_bytes << '\n';
-        offset += image.size();
+        const std::string made = device_images::run_isolated([&] { return make_image(*kernel); });
+        const std::size_t head = made.find('\n') + 1;
+        const std::size_t size = made.size() - head;
+        image_file.write(made.data() + head, static_cast<std::streamsize>(size));
+        index_file << kernel->getName().str() << ' ' << offset << ' ' << size << ' ' << made.substr(0, head);
+        offset += size;
     }
     image_file.close();
     index_file.close();

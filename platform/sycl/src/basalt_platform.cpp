@@ -159,18 +159,3 @@ std::shared_ptr<platform> platform_of(bs_platform_handle_t native) {
 }
 
 } // namespace sycl::detail::basalt
-
-namespace sycl::detail {
-
-const std::vector<std::shared_ptr<platform_impl>>& all_platforms() {
-    static const auto* const platforms = [] {
-        auto* const list = new std::vector<std::shared_ptr<platform_impl>>;
-        for (auto& each : basalt::make_platforms()) {
-            list->push_back(std::move(each));
-        }
-        return list;
-    }();
-    return *platforms;
-}
-
-} // namespace sycl::detail

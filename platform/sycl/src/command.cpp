@@ -3,6 +3,7 @@
 #include "queue_impl.hpp"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 namespace sycl::detail {
@@ -49,11 +50,84 @@ void command::submit(const std::vector<std::shared_ptr<command>>& needed,
         for (const auto& use : requirements) {
             use.buffer->order(use, space, self);
         }
+        prepare_native_events();
+        ready = !handed_over_ && --unmet_ == 0;
+    }
+    if (handed_over_) {
+        hand_over();
+    } else if (ready) {
+        start();
+    }
+}
+
+/// A command of a back end with events is given to it at once, unless it has to fail; others get an event.
+void command::prepare_native_events() {
+    if (queue_ == nullptr || queue_->native().event_domain() == nullptr) {
+        return;
+    }
+    native_queue& native = queue_->native();
+    handed_over_ = native_action_ && failed_dependency_ == nullptr;
+    if (!handed_over_) {
+        native_event_ = native.make_event();
+        ends_native_event_ = true;
+        return;
+    }
+    std::unordered_set<std::shared_ptr<command>> waited_for;
+    for (const auto& weak : dependencies_) {
+        waited_for.insert(weak.lock());
+    }
+    for (const auto& other : waited_for) {
+        for (auto& use : other->dependents_) {
+            if (use.waiting.get() == this) {
+                wait_list_.push_back(other->event_for(native, use));
+            }
+        }
+    }
+}
+
+std::shared_ptr<backend_event> command::event_for(native_queue& waiting, dependent& use) {
+    const bool same_domain = native_event_ != nullptr && native_event_->domain() == waiting.event_domain();
+    if (same_domain && (handed_over_ || use.needs_success)) {
+        use.needs_success = true; // a back end runs nothing behind a command that failed in it
+        return native_event_;
+    }
+    return signals_.emplace_back(signal{waiting.make_event(), use.needs_success}).event;
+}
+
+/// The graph goes on with this command only when the back end has it.
+void command::hand_over() {
+    start();
+    bool ready = false;
+    {
+        const std::lock_guard guard(graph_lock());
         ready = --unmet_ == 0;
     }
     if (ready) {
-        start();
+        proceed();
     }
+}
+
+/// All dependencies are over.
+void command::proceed() {
+    if (!handed_over_) {
+        start();
+    } else if (failed_dependency_ != nullptr) {
+        finish(not_run(failed_dependency_));
+    } else {
+        auto expected = state::waiting;
+        state_.compare_exchange_strong(expected, state::running);
+        state_.notify_all();
+    }
+}
+
+std::shared_ptr<backend_event> command::get_native_event() const {
+    const std::lock_guard guard(graph_lock());
+    return native_event_;
+}
+
+void command::set_native_event(std::shared_ptr<backend_event> event) {
+    const std::lock_guard guard(graph_lock());
+    native_event_ = std::move(event);
 }
 
 void command::release_into_graph() {
@@ -80,13 +154,15 @@ void command::depend_on(const std::shared_ptr<command>& other, bool needs_succes
 }
 
 void command::start() {
-    if (failed_dependency_ != nullptr) {
+    if (!handed_over_ && failed_dependency_ != nullptr) {
         finish(not_run(failed_dependency_));
         return;
     }
     const auto queue = queue_; // the command may end, and let its queue go, while the action still returns
     const action what = std::move(action_);
-    enter(state::running);
+    if (!handed_over_) {
+        enter(state::running);
+    }
     try {
         what(shared_from_this());
     } catch (...) {
@@ -95,25 +171,38 @@ void command::start() {
 }
 
 void command::finish(std::exception_ptr error) {
+    if (finished_.exchange(true)) {
+        return; // a back end and the graph may both learn of a failure
+    }
     const auto self = shared_from_this();
     if (error != nullptr && queue_ != nullptr) {
         queue_->report(error);
     }
     action_ = nullptr;
     resources_.clear();
-    const auto ready = complete_and_release(error);
+    std::vector<signal> signals;
+    const auto ready = complete_and_release(error, signals);
+    // Outside the lock of the graph: a driver may call back from here.
+    for (const auto& [event, tells_failure] : signals) {
+        event->end(error == nullptr || !tells_failure);
+    }
     for (const auto& next : ready) {
-        next->start();
+        next->proceed();
     }
     if (const auto queue = std::move(queue_)) {
         queue->forget(self);
     }
 }
 
-std::vector<std::shared_ptr<command>> command::complete_and_release(const std::exception_ptr& error) {
+std::vector<std::shared_ptr<command>> command::complete_and_release(const std::exception_ptr& error,
+                                                                    std::vector<signal>& signals) {
     std::vector<std::shared_ptr<command>> ready;
     const std::lock_guard guard(graph_lock());
     error_ = error;
+    signals.swap(signals_);
+    if (ends_native_event_) {
+        signals.push_back({native_event_, true});
+    }
     enter(state::complete);
     dependencies_.clear();
     for (auto& [waiting, needs_success] : std::exchange(dependents_, {})) {

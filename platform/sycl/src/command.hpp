@@ -33,7 +33,11 @@ public:
     std::shared_ptr<queue_impl> queue() const { return origin_.lock(); }
     sycl::backend get_backend() const { return backend_; }
 
-    void set_action(action what) { action_ = std::move(what); }
+    /// \p native: the action hands the command to the queue's back end.
+    void set_action(action what, bool native = false) {
+        action_ = std::move(what);
+        native_action_ = native;
+    }
     bool has_action() const { return action_ != nullptr; }
     /// Keeps \p resource alive until the command has run.
     void keep(std::shared_ptr<void> resource) { resources_.push_back(std::move(resource)); }
@@ -51,6 +55,12 @@ public:
 
     /// Ends the command; a non-null \p error is reported to its queue.
     void finish(std::exception_ptr error);
+
+    /// What the back end waits for before it runs a command that it is given early.
+    const std::vector<std::shared_ptr<backend_event>>& wait_list() const { return wait_list_; }
+    /// The back end's own event; null if it has none.
+    std::shared_ptr<backend_event> get_native_event() const;
+    void set_native_event(std::shared_ptr<backend_event> event);
 
     info::event_command_status status() const;
     bool complete() const { return state_.load(std::memory_order_acquire) == state::complete; }
@@ -71,11 +81,21 @@ private:
         std::shared_ptr<command> waiting;
         bool needs_success;
     };
+    /// An event that stands for this command where its own one, if there is any, cannot be waited for.
+    struct signal {
+        std::shared_ptr<backend_event> event;
+        bool tells_failure;
+    };
 
     void depend_on(const std::shared_ptr<command>& other, bool needs_success);
+    void prepare_native_events();
+    std::shared_ptr<backend_event> event_for(native_queue& waiting, dependent& use);
     void start();
+    void hand_over();
+    void proceed();
     void enter(state next);
-    std::vector<std::shared_ptr<command>> complete_and_release(const std::exception_ptr& error);
+    std::vector<std::shared_ptr<command>> complete_and_release(const std::exception_ptr& error,
+                                                               std::vector<signal>& signals);
 
     // A running command keeps its queue. A finished one does not: it may go while the graph lock is held, and
     // the end of a queue calls the user's handler.
@@ -84,8 +104,11 @@ private:
     const bool internal_; ///< work of the runtime's own, which no user sees
     const sycl::backend backend_;
     action action_;
+    bool native_action_ = false;
     std::vector<std::shared_ptr<void>> resources_;
+    std::vector<std::shared_ptr<backend_event>> wait_list_;
     std::atomic<state> state_{state::waiting};
+    std::atomic<bool> finished_{false};
 
     // Guarded by the graph lock.
     std::size_t unmet_ = 1; ///< the one keeps a command from starting while it is being entered
@@ -93,6 +116,10 @@ private:
     std::vector<std::weak_ptr<command>> dependencies_;
     std::exception_ptr error_;
     std::exception_ptr failed_dependency_;
+    bool handed_over_ = false; ///< the back end has the command, and waits for its dependencies
+    std::shared_ptr<backend_event> native_event_;
+    bool ends_native_event_ = false;
+    std::vector<signal> signals_;
 };
 
 } // namespace sycl::detail

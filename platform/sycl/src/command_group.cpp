@@ -89,11 +89,11 @@ std::size_t command_group::reserve_local(std::size_t bytes, std::size_t alignmen
     return offset;
 }
 
-void command_group::set_action(command::action what) {
+void command_group::set_action(command::action what, bool native) {
     if (command_->has_action()) {
         throw exception(errc::invalid, "a command group has one action, a second one was given");
     }
-    command_->set_action(std::move(what));
+    command_->set_action(std::move(what), native);
 }
 
 void command_group::check_launch(const nd_range<1>& space, const kernel_traits& kernel) const {
@@ -131,9 +131,8 @@ void command_group::set_kernel(const nd_range<1>& space, std::unique_ptr<kernel_
     const std::size_t local = space.get_local_range().size();
     const kernel_launch what{kept.get(), space.get_global_range().size() / local, local, local_bytes_,
                              local_gaps_};
-    set_action([queue = queue_.get(), what](const std::shared_ptr<class command>& self) {
-        queue->native().launch(what, self);
-    });
+    queue_->native().check_launch(what);
+    set_native_action([what](native_queue& queue, auto self) { queue.launch(what, std::move(self)); });
 }
 
 void command_group::set_host_task(std::unique_ptr<host_task_box> body) {
@@ -153,15 +152,11 @@ void command_group::set_host_task(std::unique_ptr<host_task_box> body) {
 }
 
 void command_group::set_copy(const memory_copy& what) {
-    set_action([queue = queue_.get(), what](const std::shared_ptr<class command>& self) {
-        queue->native().copy(what, self);
-    });
+    set_native_action([what](native_queue& queue, auto self) { queue.copy(what, std::move(self)); });
 }
 
 void command_group::set_fill(const memory_fill& what) {
-    set_action([queue = queue_.get(), what](const std::shared_ptr<class command>& self) {
-        queue->native().fill(what, self);
-    });
+    set_native_action([what](native_queue& queue, auto self) { queue.fill(what, std::move(self)); });
 }
 
 } // namespace sycl::detail

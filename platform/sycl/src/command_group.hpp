@@ -38,7 +38,14 @@ public:
     static command_group*& current();
 
 private:
-    void set_action(command::action what);
+    void set_action(command::action what, bool native = false);
+    /// An action that the queue's back end carries out, as `what(native queue, command)`.
+    template <typename Action>
+    void set_native_action(Action what) {
+        set_action([queue = queue_.get(), what = std::move(what)](
+                       const std::shared_ptr<class command>& self) { what(queue->native(), self); },
+                   true);
+    }
     void check_launch(const nd_range<1>& space, const kernel_traits& kernel) const;
 
     std::shared_ptr<queue_impl> queue_;

@@ -42,10 +42,30 @@ struct memory_fill {
     std::size_t count;
 };
 
-/// Runs commands whose dependencies have been met. Each one ends in exactly one command::finish().
+/// A back end's own event of a command.
+class backend_event {
+public:
+    virtual ~backend_event() = default;
+    /// Commands of queues with the same domain can wait for it.
+    virtual const void* domain() const = 0;
+    /// Ends an event of native_queue::make_event().
+    virtual void end(bool success) = 0;
+};
+
+/**
+ * Runs commands. Each one ends in exactly one command::finish(). A queue of a back end that has events of its
+ * own is given commands as soon as they are submitted, and waits itself for command::wait_list(); any other
+ * one when their dependencies have been met.
+ */
 class native_queue {
 public:
     virtual ~native_queue() = default;
+    /// Null: the back end has no events.
+    virtual const void* event_domain() const { return nullptr; }
+    /// An event that the runtime ends.
+    virtual std::shared_ptr<backend_event> make_event() { return nullptr; }
+    /// Refuses, by throwing, what would fail later. Called while the command group is described.
+    virtual void check_launch(const kernel_launch&) {}
     virtual void launch(const kernel_launch& what, std::shared_ptr<command> done) = 0;
     virtual void copy(const memory_copy& what, std::shared_ptr<command> done) = 0;
     virtual void fill(const memory_fill& what, std::shared_ptr<command> done) = 0;

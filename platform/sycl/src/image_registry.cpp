@@ -41,8 +41,8 @@ std::vector<std::uint32_t> numbers_of(const device_image& image, const char* set
 }
 
 kernel_image describe(const device_image& image, const image_entry& entry, std::uint64_t id) {
-    kernel_image result{id,          entry.name, entry.argument_bytes,  image.first,
-                        image.last, image.compile_options, {}};
+    kernel_image result{id, entry.name, entry.argument_bytes, image.first, image.last, image.compile_options,
+                        {}};
     for (const auto value : numbers_of(image, image_properties::requirement_set, image_properties::aspects)) {
         result.aspects.push_back(static_cast<aspect>(value));
     }
@@ -86,8 +86,8 @@ void __sycl_register_lib(const image_descriptor* list) {
     for (const auto* image = list->images; image != list->images + list->n_images; ++image) {
         for (const auto* entry = image->first_entry; entry != image->last_entry; ++entry) {
             known.by_entry.emplace(entry->name,
-                                   registered_image{list, std::make_shared<const kernel_image>(describe(
-                                                              *image, *entry, known.next_id++))});
+                                   registered_image{list, std::make_shared<const kernel_image>(
+                                                              describe(*image, *entry, known.next_id++))});
         }
     }
 }

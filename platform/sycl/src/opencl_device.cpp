@@ -14,8 +14,8 @@ constexpr std::size_t least_argument_bytes = 256;
 int version_of(cl_device_id native) {
     int major = 0;
     int minor = 0;
-    const bool known = std::sscanf(device_text(native, CL_DEVICE_VERSION).c_str(), "OpenCL %d.%d", &major,
-                                   &minor) == 2;
+    const bool known =
+        std::sscanf(device_text(native, CL_DEVICE_VERSION).c_str(), "OpenCL %d.%d", &major, &minor) == 2;
     return known ? major * 100 + minor : 0;
 }
 

@@ -14,16 +14,16 @@ namespace sycl::detail::opencl {
 
 /// How an implementation takes device images.
 enum class image_road {
-    none,         ///< not at all
-    spirv,        ///< SPIR-V, as it is
+    none,          ///< not at all
+    spirv,         ///< SPIR-V, as it is
     spirv_by_name, ///< SPIR-V, through a function that the implementation gives out by name
-    bitcode       ///< translated to SPIR bitcode
+    bitcode        ///< translated to SPIR bitcode
 };
 
 class platform final : public platform_impl {
 public:
-    platform(platform_facts facts, cl_platform_id native) : platform_impl(backend::opencl, std::move(facts)),
-                                                            native_(native) {}
+    platform(platform_facts facts, cl_platform_id native)
+        : platform_impl(backend::opencl, std::move(facts)), native_(native) {}
 
     cl_platform_id native() const { return native_; }
     device_list devices() override;

@@ -44,10 +44,10 @@ words checked_words(const unsigned char* image, std::size_t n_bytes) {
     std::memcpy(result.data(), image, n_bytes);
     std::string why = "not valid";
     spvtools::SpirvTools tools(SPV_ENV_OPENCL_2_2);
-    tools.SetMessageConsumer([&](spv_message_level_t, const char*, const spv_position_t& position,
-                                 const char* message) {
-        why = "word " + std::to_string(position.index) + ": " + message;
-    });
+    tools.SetMessageConsumer(
+        [&](spv_message_level_t, const char*, const spv_position_t& position, const char* message) {
+            why = "word " + std::to_string(position.index) + ": " + message;
+        });
     if (!tools.Validate(result)) {
         throw std::runtime_error("the module is no valid SPIR-V: " + why);
     }

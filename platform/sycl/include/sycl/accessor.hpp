@@ -1,11 +1,8 @@
 #pragma once
 
 #include <sycl/buffer.hpp>
-#include <sycl/multi_ptr.hpp>
-
-#ifndef __SYCL_DEVICE_ONLY__
 #include <sycl/detail/binding.hpp>
-#endif
+#include <sycl/multi_ptr.hpp>
 
 namespace sycl {
 
@@ -13,8 +10,15 @@ namespace detail {
 
 #ifdef __SYCL_DEVICE_ONLY__
 /// The place of the host's handle: a kernel neither reads nor owns it.
-struct accessor_host {
-    void* opaque[2];
+class accessor_host {
+public:
+    accessor_host() = default;
+    accessor_host(std::shared_ptr<const buffer_binding>) {}
+    const buffer_binding& operator*() const { return *get(); }
+    const buffer_binding* get() const { return nullptr; }
+
+private:
+    [[maybe_unused]] void* opaque_[2];
 };
 #else
 using accessor_host = std::shared_ptr<const buffer_binding>;
@@ -46,7 +50,6 @@ public:
     using difference_type = std::ptrdiff_t;
     static constexpr int dimensions = Dims;
 
-#ifndef __SYCL_DEVICE_ONLY__
     accessor() = default;
 
     /// A placeholder: handler::require() makes it part of a command.
@@ -70,6 +73,7 @@ public:
     accessor(buffer<U, Dims, A>& of, handler& group, Tag, const property_list& properties = {})
         : accessor(of, group, properties) {}
 
+#ifndef __SYCL_DEVICE_ONLY__
     accessor(const accessor& other)
         : pointer_(other.pointer_), access_range_(other.access_range_), memory_range_(other.memory_range_),
           offset_(other.offset_), host_(other.host_) {
@@ -134,7 +138,6 @@ public:
     }
 
 private:
-#ifndef __SYCL_DEVICE_ONLY__
     accessor(range<Dims> extent, std::shared_ptr<const detail::buffer_binding> host)
         : access_range_(extent), memory_range_(extent), host_(std::move(host)) {}
     void bind(void* address) {
@@ -142,14 +145,9 @@ private:
             pointer_ = static_cast<value_type*>(address);
         }
     }
-#endif
     friend struct accessor_layout;
 
-#ifdef __SYCL_DEVICE_ONLY__
-    value_type* pointer_;
-#else
     value_type* pointer_ = nullptr;
-#endif
     range<Dims> access_range_;
     range<Dims> memory_range_;
     id<Dims> offset_;
@@ -168,7 +166,6 @@ struct accessor_layout {
 #endif
 };
 
-#ifndef __SYCL_DEVICE_ONLY__
 template <typename T, typename A>
 accessor(buffer<T, 1, A>&) -> accessor<T, 1, access_mode::read_write, target::device>;
 template <typename T, typename A>
@@ -194,6 +191,5 @@ accessor(buffer<T, 1, A>&, handler&, mode_target_tag_t<M, G>) -> accessor<detail
 template <typename T, typename A, access_mode M, target G>
 accessor(buffer<T, 1, A>&, handler&, mode_target_tag_t<M, G>, property_list)
     -> accessor<detail::accessed<M, T>, 1, M, G>;
-#endif
 
 } // namespace sycl

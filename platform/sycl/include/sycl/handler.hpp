@@ -32,7 +32,7 @@ struct own_name;
 class SYCL_EXPORT handler {
 public:
     template <typename T, int Dims, access_mode Mode, target Target, access::placeholder P>
-    void require(const accessor<T, Dims, Mode, Target, P>& needed) {
+    void require([[maybe_unused]] const accessor<T, Dims, Mode, Target, P>& needed) {
 #ifndef __SYCL_DEVICE_ONLY__
         require_binding(needed.binding().get());
 #endif
@@ -48,7 +48,7 @@ public:
      * device lacks an aspect of the kernel.
      */
     template <typename Name = detail::own_name, typename Kernel>
-    void parallel_for(const nd_range<1>& space, const Kernel& kernel) {
+    void parallel_for([[maybe_unused]] const nd_range<1>& space, const Kernel& kernel) {
 #ifdef __SYCL_DEVICE_ONLY__
         detail::instantiate_entry<Name>(kernel);
 #else
@@ -65,7 +65,7 @@ public:
     /// Runs \p body on a thread of the runtime when the dependencies are met. What it throws goes to the
     /// queue's handler.
     template <typename Body>
-    void host_task(Body&& body) {
+    void host_task([[maybe_unused]] Body&& body) {
 #ifndef __SYCL_DEVICE_ONLY__
         const binding_scope scope(*this);
         run_on_host(std::make_unique<detail::typed_host_task_box<std::decay_t<Body>>>(body));

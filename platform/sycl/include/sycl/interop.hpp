@@ -107,3 +107,5 @@ template <>
 SYCL_EXPORT ext::aurelo::basalt::queue_handle get_native<backend::ext_aurelo_basalt>(const queue& object);
 
 } // namespace sycl
+
+#include <sycl/interop_opencl.hpp>

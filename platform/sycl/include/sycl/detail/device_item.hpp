@@ -12,14 +12,17 @@
 
 namespace sycl::detail {
 
+/// Where the arrays of local accessors begin.
+inline std::byte* local_arrays() {
+    return builtin::local_pool() + group_scratch_bytes(builtin::local_size(0));
+}
+
 /**
- * The state behind nd_item and group in kernels of device images: the built-in functions, and the group's
+ * What is behind nd_item and group in kernels of device images: the built-in functions, and the group's
  * scratch in local memory. No barrier in here stands under a condition; compilers for processors need that.
  */
 class item_state {
 public:
-    explicit item_state(void* scratch) : scratch_(scratch) {}
-
     std::size_t local_id() const { return builtin::local_id(0); }
     std::size_t group_id() const { return builtin::group_id(0); }
     std::size_t local_size() const { return builtin::local_size(0); }
@@ -44,7 +47,7 @@ public:
     template <typename Op, typename T>
     T reduce(T value) const {
         static_assert(sizeof(T) <= largest_group_value && std::is_trivially_copyable_v<T>);
-        T* const sums = static_cast<T*>(scratch_);
+        T* const sums = reinterpret_cast<T*>(builtin::local_pool());
         T* const values = sums + reducing_lanes;
         const std::size_t lane = local_id();
         const std::size_t size = local_size();
@@ -95,8 +98,6 @@ private:
             count = half;
         }
     }
-
-    void* scratch_;
 };
 
 } // namespace sycl::detail

@@ -1,0 +1,94 @@
+#include "command.hpp"
+#include "host_threads.hpp"
+#include "opencl_queue.hpp"
+
+#include <cstdint>
+#include <mutex>
+#include <unordered_map>
+
+namespace sycl::detail::opencl {
+
+namespace {
+
+/**
+ * The commands that drivers work on, by the numbers that they hand back. A driver need not tell the end of a
+ * command whose wait list has failed; the graph ends that one, and its entry here goes all the same.
+ */
+class commands_in_flight {
+public:
+    std::uintptr_t enter(std::shared_ptr<command> running) {
+        const std::lock_guard guard(lock_);
+        running_[++last_] = std::move(running);
+        return last_;
+    }
+    std::shared_ptr<command> leave(std::uintptr_t number) {
+        const std::lock_guard guard(lock_);
+        const auto found = running_.extract(number);
+        return found ? std::move(found.mapped()) : nullptr;
+    }
+
+private:
+    std::mutex lock_;
+    std::uintptr_t last_ = 0;
+    std::unordered_map<std::uintptr_t, std::shared_ptr<command>> running_;
+};
+
+/// Lives to the end of the process, since drivers may call back until then.
+commands_in_flight& in_flight() {
+    static auto* const result = new commands_in_flight;
+    return *result;
+}
+
+void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
+    const runtime_thread_scope scope;
+    const auto done = in_flight().leave(reinterpret_cast<std::uintptr_t>(number));
+    // The graph knows better why a command could not be run behind another one.
+    if (done == nullptr || status == CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST) {
+        return;
+    }
+    done->finish(status < 0 ? std::make_exception_ptr(
+                                  exception(errc::kernel, "the OpenCL device failed: " + status_name(status)))
+                            : nullptr);
+}
+
+/// Takes the entry of a command with it, whoever ends the command.
+struct entry_guard {
+    explicit entry_guard(std::uintptr_t which) : number(which) {}
+    ~entry_guard() { in_flight().leave(number); }
+    entry_guard(const entry_guard&) = delete;
+    entry_guard& operator=(const entry_guard&) = delete;
+    std::uintptr_t number;
+};
+
+} // namespace
+
+void event::end(bool success) {
+    if (ended_by_us_) {
+        clSetUserEventStatus(native(), success ? CL_COMPLETE : CL_OUT_OF_RESOURCES);
+    }
+}
+
+wait_list::wait_list(const command& of) {
+    for (const auto& each : of.wait_list()) {
+        events_.push_back(static_cast<const event&>(*each).native());
+    }
+}
+
+std::shared_ptr<backend_event> queue::make_event() {
+    cl_int status = CL_SUCCESS;
+    event_reference made(clCreateUserEvent(context_.native(), &status));
+    check(status, "no OpenCL event");
+    return std::make_shared<event>(std::move(made), context_.native(), true);
+}
+
+void queue::follow(cl_event native, std::shared_ptr<command> done) {
+    event_reference owned(native);
+    done->set_native_event(std::make_shared<event>(event_reference::share(native), context_.native(), false));
+    const auto number = in_flight().enter(done);
+    done->keep(std::make_shared<entry_guard>(number));
+    check(clSetEventCallback(native, CL_COMPLETE, &end_command, reinterpret_cast<void*>(number)),
+          "a command of OpenCL");
+    clFlush(this->native());
+}
+
+} // namespace sycl::detail::opencl

@@ -1,0 +1,126 @@
+#include "opencl_queue.hpp"
+
+#include "command.hpp"
+#include "kernel_name.hpp"
+
+#include <sycl/detail/kernel.hpp>
+#include <sycl/detail/local_pool.hpp>
+
+#include <string>
+
+namespace sycl::detail::opencl {
+
+queue::queue(context& owner, std::shared_ptr<device_impl> target, queue_reference native)
+    : context_(owner), target_(std::move(target)), native_(std::move(native)) {}
+
+queue::~queue() {
+    clFlush(native());
+}
+
+namespace {
+
+std::shared_ptr<const kernel_image> require_image(const kernel_traits& kernel, const device& target) {
+    auto image = find_image(kernel.name);
+    if (image == nullptr) {
+        throw exception(errc::kernel_not_supported, "there is no device image of kernel " +
+                                                        readable_name(kernel) + " for " +
+                                                        target.facts().name);
+    }
+    for (const auto needed : image->aspects) {
+        if (!target.has(needed)) {
+            throw exception(errc::kernel_not_supported, readable_name(kernel) + " needs aspect " +
+                                                            std::to_string(static_cast<int>(needed)) +
+                                                            ", which " + target.facts().name + " lacks");
+        }
+    }
+    return image;
+}
+
+} // namespace
+
+std::size_t queue::local_bytes(const kernel_launch& what) const {
+    return group_scratch_bytes(what.local_size) + what.local_memory_bytes;
+}
+
+void queue::check_launch(const kernel_launch& what) {
+    const auto& traits = what.kernel->traits();
+    const auto& facts = target().facts();
+    const auto image = require_image(traits, target());
+    if (traits.bytes != image->argument_bytes || traits.bytes > target().max_argument_bytes()) {
+        throw exception(errc::kernel_argument,
+                        readable_name(traits) + " has " + std::to_string(traits.bytes) +
+                            " bytes, its device image takes " + std::to_string(image->argument_bytes) +
+                            ", and " + facts.name + " at most " +
+                            std::to_string(target().max_argument_bytes()));
+    }
+    if (local_bytes(what) > facts.local_memory_bytes) {
+        throw exception(errc::memory_allocation,
+                        std::to_string(local_bytes(what)) + " bytes of local memory, with those of the " +
+                            "group algorithms, are above the limit of " +
+                            std::to_string(facts.local_memory_bytes) + " of " + facts.name);
+    }
+    context_.programs().get(target(), *image);
+}
+
+std::shared_ptr<built_kernel> queue::kernel_of(const kernel_launch& what) {
+    return context_.programs().get(target(), *require_image(what.kernel->traits(), target()));
+}
+
+void queue::set_arguments(cl_kernel kernel, const kernel_launch& what) {
+    const auto& box = *what.kernel;
+    check(clSetKernelArg(kernel, 0, box.traits().bytes, box.kernel()), "a kernel's argument");
+    check(clSetKernelArg(kernel, 1, local_bytes(what), nullptr), "a kernel's local memory");
+    const auto reachable = context_.allocations();
+    if (!reachable.empty()) {
+        check(clSetKernelExecInfo(kernel, CL_KERNEL_EXEC_INFO_SVM_PTRS, reachable.size() * sizeof(void*),
+                                  reachable.data()),
+              "the memory that a kernel uses");
+    }
+}
+
+void queue::launch(const kernel_launch& what, std::shared_ptr<command> done) {
+    const auto built = kernel_of(what);
+    const wait_list waits(*done);
+    const std::size_t global = what.n_groups * what.local_size;
+    const std::size_t local = what.local_size;
+    cl_event native_event = nullptr;
+    {
+        const std::lock_guard guard(built->lock);
+        set_arguments(built->kernel.get(), what);
+        check(clEnqueueNDRangeKernel(native(), built->kernel.get(), 1, nullptr, &global, &local, waits.size(),
+                                     waits.data(), &native_event),
+              "a kernel cannot be enqueued");
+    }
+    follow(native_event, std::move(done));
+}
+
+void queue::copy(const memory_copy& what, std::shared_ptr<command> done) {
+    const wait_list waits(*done);
+    cl_event native_event = nullptr;
+    if (what.bytes == 0) {
+        check(clEnqueueMarkerWithWaitList(native(), waits.size(), waits.data(), &native_event),
+              "an empty copy cannot be enqueued");
+    } else {
+        check(clEnqueueSVMMemcpy(native(), CL_FALSE, what.target, what.source, what.bytes, waits.size(),
+                                 waits.data(), &native_event),
+              "a copy cannot be enqueued");
+    }
+    follow(native_event, std::move(done));
+}
+
+void queue::fill(const memory_fill& what, std::shared_ptr<command> done) {
+    const wait_list waits(*done);
+    const std::size_t bytes = what.pattern.size() * what.count;
+    cl_event native_event = nullptr;
+    if (bytes == 0) {
+        check(clEnqueueMarkerWithWaitList(native(), waits.size(), waits.data(), &native_event),
+              "an empty fill cannot be enqueued");
+    } else {
+        check(clEnqueueSVMMemFill(native(), what.target, what.pattern.data(), what.pattern.size(), bytes,
+                                  waits.size(), waits.data(), &native_event),
+              "a fill cannot be enqueued");
+    }
+    follow(native_event, std::move(done));
+}
+
+} // namespace sycl::detail::opencl

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "opencl_driver.hpp"
+
+#include <memory>
+#include <vector>
+
+namespace sycl::detail::opencl {
+
+/// An OpenCL event, either of a command that a driver runs, or one that the runtime ends itself.
+class event final : public backend_event {
+public:
+    event(event_reference native, cl_context domain, bool ended_by_us)
+        : native_(std::move(native)), domain_(domain), ended_by_us_(ended_by_us) {}
+
+    cl_event native() const { return native_.get(); }
+    const void* domain() const override { return domain_; }
+    void end(bool success) override;
+
+private:
+    event_reference native_;
+    cl_context domain_;
+    bool ended_by_us_;
+};
+
+/// A queue of the driver. Commands are handed over when they are submitted, with the events they wait for.
+class queue final : public native_queue {
+public:
+    queue(context& owner, std::shared_ptr<device_impl> target, queue_reference native);
+    ~queue() override;
+
+    cl_command_queue native() const { return native_.get(); }
+
+    const void* event_domain() const override { return context_.native(); }
+    std::shared_ptr<backend_event> make_event() override;
+    void check_launch(const kernel_launch& what) override;
+    void launch(const kernel_launch& what, std::shared_ptr<command> done) override;
+    void copy(const memory_copy& what, std::shared_ptr<command> done) override;
+    void fill(const memory_fill& what, std::shared_ptr<command> done) override;
+
+private:
+    const device& target() const { return static_cast<const device&>(*target_); }
+    std::size_t local_bytes(const kernel_launch& what) const;
+    std::shared_ptr<built_kernel> kernel_of(const kernel_launch& what);
+    void set_arguments(cl_kernel kernel, const kernel_launch& what);
+    /// Makes \p native, the event of an enqueued command, the one that ends \p done.
+    void follow(cl_event native, std::shared_ptr<command> done);
+
+    context& context_;
+    std::shared_ptr<device_impl> target_;
+    queue_reference native_;
+};
+
+/// The events that a command waits for, as the driver takes them.
+class wait_list {
+public:
+    explicit wait_list(const command& of);
+    cl_uint size() const { return static_cast<cl_uint>(events_.size()); }
+    const cl_event* data() const { return events_.empty() ? nullptr : events_.data(); }
+
+private:
+    std::vector<cl_event> events_;
+};
+
+} // namespace sycl::detail::opencl

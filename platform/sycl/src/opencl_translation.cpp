@@ -1,0 +1,79 @@
+#include "opencl_translation.hpp"
+
+#include "opencl_settings.hpp"
+#include "opencl_translation_cache.hpp"
+
+#include "../translator/translator.h"
+
+#include <sycl/exception.hpp>
+
+#include <dlfcn.h>
+
+#include <filesystem>
+
+namespace sycl::detail::opencl {
+
+namespace {
+
+const char* const plug_in_name = "libsycl_translator.so";
+
+/// The plug-in stands beside this library, wherever that has been put.
+std::string plug_in_path() {
+    Dl_info own{};
+    if (dladdr(reinterpret_cast<void*>(&__sycl_register_lib), &own) != 0 && own.dli_fname != nullptr) {
+        const auto path = std::filesystem::path(own.dli_fname).parent_path() / plug_in_name;
+        std::error_code ignored;
+        if (std::filesystem::exists(path, ignored)) {
+            return path;
+        }
+    }
+    return plug_in_name;
+}
+
+using translate_function = decltype(&sycl_translate_image);
+
+translate_function open_translator() {
+    // Never closed: what it loads is shared with the driver.
+    void* const plug_in = dlopen(plug_in_path().c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const function = plug_in == nullptr ? nullptr : dlsym(plug_in, "sycl_translate_image");
+    if (function == nullptr) {
+        throw exception(errc::kernel_not_supported,
+                        std::string("the device takes no SPIR-V, and there is no translator: ") + dlerror());
+    }
+    return reinterpret_cast<translate_function>(function);
+}
+
+struct outcome {
+    std::string bitcode;
+    std::string error;
+};
+
+std::string translate_now(const kernel_image& image) {
+    static const translate_function translator = open_translator();
+    outcome result;
+    const auto keep = [](void* user, const char* bytes, std::size_t n_bytes) {
+        static_cast<outcome*>(user)->bitcode.assign(bytes, n_bytes);
+    };
+    const auto complain = [](void* user, const char* bytes, std::size_t n_bytes) {
+        static_cast<outcome*>(user)->error.assign(bytes, n_bytes);
+    };
+    if (translator(image.first, image.bytes(), keep, complain, &result) != 0) {
+        throw exception(errc::build, "image of kernel " + image.entry + ": " + result.error);
+    }
+    return result.bitcode;
+}
+
+} // namespace
+
+std::string translate(const kernel_image& image) {
+    const translation_cache cache(translation_folder());
+    const auto key = translation_cache::key_of(image.first, image.bytes());
+    if (auto known = cache.find(key)) {
+        return *std::move(known);
+    }
+    std::string result = translate_now(image);
+    cache.store(key, result);
+    return result;
+}
+
+} // namespace sycl::detail::opencl

@@ -1,0 +1,47 @@
+#include "device.hpp"
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+namespace {
+
+class opencl_memory : public test::on_opencl {};
+
+TEST_F(opencl_memory, kinds_and_devices_of_pointers_are_known_inside_a_block_only) {
+    auto* const shared = sycl::malloc_shared<int>(10, queue);
+    auto* const own = sycl::malloc_device<int>(10, queue);
+    const auto context = queue.get_context();
+    EXPECT_EQ(sycl::get_pointer_type(shared + 9, context), sycl::usm::alloc::shared);
+    EXPECT_EQ(sycl::get_pointer_type(own, context), sycl::usm::alloc::device);
+    EXPECT_EQ(sycl::get_pointer_type(&context, context), sycl::usm::alloc::unknown);
+    EXPECT_EQ(sycl::get_pointer_device(own, context), device);
+    sycl::free(shared, queue);
+    EXPECT_EQ(sycl::get_pointer_type(shared, context), sycl::usm::alloc::unknown);
+    EXPECT_THROW(sycl::free(shared, queue), sycl::exception);
+    sycl::free(own, queue);
+}
+
+TEST_F(opencl_memory, more_than_the_device_has_is_null) {
+    const auto all = device.get_info<sycl::info::device::global_mem_size>();
+    EXPECT_EQ(sycl::malloc_device(all * 4, queue), nullptr);
+    EXPECT_EQ(sycl::malloc_device(0, queue), nullptr);
+}
+
+TEST_F(opencl_memory, copies_and_fills_of_no_bytes_complete) {
+    int value = 3;
+    queue.memcpy(&value, &value, 0).wait();
+    queue.memset(nullptr, 0, 0).wait();
+    EXPECT_EQ(value, 3);
+}
+
+TEST_F(opencl_memory, facts_and_aspects) {
+    EXPECT_FALSE(device.get_info<sycl::info::device::name>().empty());
+    EXPECT_GT(device.get_info<sycl::info::device::max_work_group_size>(), 1U);
+    EXPECT_EQ(device.get_platform().get_backend(), sycl::backend::opencl);
+    EXPECT_NE(device.is_cpu(), device.is_gpu());
+    EXPECT_EQ(sycl::get_native<sycl::backend::opencl>(device.get_platform()) != nullptr, true);
+    EXPECT_THROW(sycl::get_native<sycl::backend::ext_aurelo_basalt>(device), sycl::exception);
+}
+
+} // namespace
