@@ -6,7 +6,9 @@ find_library(QTX_LLVM_LIBRARY NAMES LLVM-22 PATHS /usr/lib/llvm-22/lib NO_DEFAUL
 find_package(Python3 COMPONENTS Interpreter)
 
 set(QTX_DEVICE_IMAGES OFF)
-if(NOT QTX_DEVICE_COMPILER)
+if(NOT QTX_SANITIZE STREQUAL "")
+  message(STATUS "No device images: a sanitizer sees nothing of device code, so OpenCL devices are served by other builds")
+elseif(NOT QTX_DEVICE_COMPILER)
   message(STATUS "No device images: clang-22 was not found, so OpenCL devices will not be served")
 elseif(NOT QTX_LLVM_INCLUDE_DIR OR NOT QTX_LLVM_LIBRARY OR NOT Python3_FOUND)
   message(STATUS "No device images: llvm-22-dev or python3 was not found, so OpenCL devices will not be served")
