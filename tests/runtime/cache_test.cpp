@@ -1,0 +1,210 @@
+#include "natives.hpp"
+#include "threads.hpp"
+
+#include <runtime/qtx_sycl_context_cache.hpp>
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <variant>
+
+using namespace aurelo::qtx::gpu;
+using testing::Each;
+using testing::ElementsAre;
+
+namespace {
+
+sycl::context* context_of(const test::basalt_natives& natives) {
+    auto device = natives.sycl_device();
+    return lookup_and_cache_nerva_context(natives.context, natives.device, qtx_gpu_backend_basalt, &device);
+}
+
+/// Compares the objects, not the pointers to them: a miss returns a copy, a hit the cache's own.
+template <typename Object>
+bool all_the_same(const std::vector<Object*>& objects) {
+    return std::all_of(objects.begin(), objects.end(), [&](auto* each) { return *each == *objects.front(); });
+}
+
+} // namespace
+
+TEST(pair_hash, mixes_by_exclusive_or) {
+    int a = 0;
+    int b = 0;
+    const auto bits = [](void* pointer) { return reinterpret_cast<std::uintptr_t>(pointer); };
+    EXPECT_EQ(pair_hash{}({&a, &b}), bits(&a) ^ bits(&b));
+    EXPECT_EQ(pair_hash{}({&a, &b}), pair_hash{}({&b, &a}));
+}
+
+TEST(context_cache, gives_one_context_for_a_pair_of_handles) {
+    const test::basalt_natives natives;
+    sycl::context* const made = context_of(natives);
+    sycl::context* const hit = context_of(natives);
+    EXPECT_EQ(sycl::get_native<test::soft_gpu>(*made), natives.context);
+    EXPECT_EQ(*made, *hit);
+    EXPECT_NE(made, hit) << "a miss gives a copy away";
+    EXPECT_EQ(hit, context_of(natives)) << "a hit gives the entry itself";
+    EXPECT_EQ(
+        hit, lookup_and_cache_nerva_context(natives.context, natives.device, qtx_gpu_backend_opencl, nullptr))
+        << "a hit looks at nothing but the key";
+}
+
+TEST(context_cache, keeps_the_devices_of_one_native_context_apart) {
+    const test::basalt_natives natives;
+    const test::basalt_natives other;
+    auto device = natives.sycl_device();
+    auto other_device = other.sycl_device();
+    const auto lookup = [&](bs_device_handle_t native, sycl::device& chosen) {
+        return lookup_and_cache_nerva_context(natives.context, native, qtx_gpu_backend_basalt, &chosen);
+    };
+    const auto* const first = lookup(natives.device, device);
+    const auto* const second = lookup(other.device, other_device);
+    EXPECT_NE(*first, *second);
+    EXPECT_THAT(first->get_devices(), ElementsAre(device));
+    EXPECT_THAT(second->get_devices(), ElementsAre(other_device));
+    EXPECT_EQ(*lookup(natives.device, other_device), *first);
+}
+
+TEST(context_cache, thirty_two_threads_that_miss_at_once_get_one_object) {
+    for (int round = 0; round < 8; ++round) {
+        const test::basalt_natives natives;
+        EXPECT_TRUE(all_the_same(test::on_threads(32, [&](std::size_t) { return context_of(natives); })));
+    }
+}
+
+TEST(context_cache, is_free_and_unchanged_after_a_make_function_that_throws) {
+    const test::basalt_natives natives;
+    auto device = natives.sycl_device();
+    auto cpu = sycl::device(sycl::cpu_selector_v);
+    EXPECT_THROW(lookup_and_cache_nerva_context(nullptr, natives.device, qtx_gpu_backend_basalt, &device),
+                 sycl::exception);
+    EXPECT_THROW(
+        lookup_and_cache_nerva_context(natives.context, natives.device, qtx_gpu_backend_basalt, &cpu),
+        sycl::exception);
+    EXPECT_THROW(
+        lookup_and_cache_nerva_context(natives.context, natives.device, qtx_gpu_backend_basalt, nullptr),
+        sycl::exception);
+    EXPECT_THROW(lookup_and_cache_nerva_context(nullptr, nullptr, qtx_gpu_backend_opencl, nullptr),
+                 sycl::exception);
+    EXPECT_THAT(context_of(natives)->get_devices(), ElementsAre(device));
+}
+
+TEST(queue_cache, wraps_queues_and_immediate_lists_as_the_interop_object_says) {
+    const test::basalt_natives natives;
+    const auto of_queue = test::interop_of(natives);
+    const auto of_list = test::interop_of_list(natives);
+    const auto& context = *context_of(natives);
+    auto* const queue =
+        lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, context, of_queue.get());
+    auto* const list =
+        lookup_and_cache_nerva_queue(natives.list, qtx_gpu_backend_basalt, context, of_list.get());
+    using handle = sycl::ext::aurelo::basalt::queue_handle;
+    EXPECT_EQ(sycl::get_native<test::soft_gpu>(*queue), handle(natives.queue));
+    EXPECT_EQ(sycl::get_native<test::soft_gpu>(*list), handle(natives.list));
+    EXPECT_EQ(test::value_from(*queue), 42);
+    EXPECT_EQ(test::value_from(*list), 42);
+    EXPECT_EQ(queue->get_context(), context);
+}
+
+TEST(queue_cache, takes_a_handle_for_a_queue_when_the_kind_of_list_cannot_be_read) {
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of(natives);
+    omptarget_interop_set_int(interop.get(), OMPTARGET_IMMEDIATE, 1);
+    omptarget_interop_fail(interop.get(), OMPTARGET_IMMEDIATE, -3);
+    auto* const queue = lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt,
+                                                     *context_of(natives), interop.get());
+    EXPECT_TRUE(std::holds_alternative<bs_command_queue_handle_t>(sycl::get_native<test::soft_gpu>(*queue)));
+}
+
+TEST(queue_cache, is_keyed_on_the_handle_alone) {
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of(natives);
+    const auto& context = *context_of(natives);
+    auto* const made =
+        lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, context, interop.get());
+    const sycl::context other{sycl::device(sycl::cpu_selector_v)};
+    auto* const hit = lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_opencl, other, nullptr);
+    EXPECT_EQ(*made, *hit);
+    EXPECT_EQ(hit, lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, other, nullptr));
+}
+
+TEST(queue_cache, is_free_after_a_make_function_that_throws) {
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of(natives);
+    const sycl::context foreign{sycl::device(sycl::cpu_selector_v)};
+    EXPECT_THROW(lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, foreign, interop.get()),
+                 sycl::exception);
+    EXPECT_THROW(
+        lookup_and_cache_nerva_queue(nullptr, qtx_gpu_backend_basalt, *context_of(natives), interop.get()),
+        sycl::exception);
+    EXPECT_EQ(test::value_from(*lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt,
+                                                             *context_of(natives), interop.get())),
+              42);
+}
+
+TEST(queue_and_context_cache, makes_both_from_an_interop_object_and_finds_them_again) {
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of(natives);
+    auto* const made = lookup_and_cache_nerva_queue_and_context(interop.get());
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(test::value_from(*made), 42);
+    EXPECT_EQ(made->get_context(), *context_of(natives)) << "both functions share the contexts";
+    EXPECT_THAT(test::reads_of(interop), ElementsAre(8, 9, 5, 7, 6, 10));
+    auto* const hit = lookup_and_cache_nerva_queue_and_context(interop.get());
+    EXPECT_EQ(*made, *hit);
+    EXPECT_NE(made, hit);
+    EXPECT_EQ(hit, lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, made->get_context(),
+                                                nullptr));
+}
+
+TEST(queue_and_context_cache, needs_no_platform_when_the_context_is_known) {
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of_list(natives);
+    const auto& context = *context_of(natives);
+    omptarget_interop_fail(interop.get(), OMPTARGET_PLATFORM, 1);
+    auto* const made = lookup_and_cache_nerva_queue_and_context(interop.get());
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->get_context(), context);
+}
+
+TEST(queue_and_context_cache, a_failing_read_gives_null_and_changes_nothing) {
+    for (const int property :
+         {OMPTARGET_BACKEND_KIND, OMPTARGET_CONTEXT, OMPTARGET_QUEUE, OMPTARGET_DEVICE, OMPTARGET_PLATFORM}) {
+        SCOPED_TRACE(property);
+        const test::basalt_natives natives;
+        const auto interop = test::interop_of(natives);
+        omptarget_interop_fail(interop.get(), property, 1);
+        EXPECT_EQ(lookup_and_cache_nerva_queue_and_context(interop.get()), nullptr);
+        EXPECT_EQ(test::reads_of(interop).back(), property) << "nothing is read after a failure";
+        omptarget_interop_fail(interop.get(), property, 0);
+        EXPECT_EQ(test::value_from(*lookup_and_cache_nerva_queue_and_context(interop.get())), 42);
+    }
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of(natives);
+    omptarget_interop_set_pointer(interop.get(), OMPTARGET_BACKEND_KIND, nullptr);
+    EXPECT_EQ(lookup_and_cache_nerva_queue_and_context(interop.get()), nullptr);
+}
+
+TEST(queue_and_context_cache, leaves_both_locks_free_when_something_throws) {
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of(natives);
+    const auto with = [&](int property, void* value) {
+        omptarget_interop_set_pointer(interop.get(), property, value);
+        return [&] { return lookup_and_cache_nerva_queue_and_context(interop.get()); };
+    };
+    EXPECT_THROW(with(OMPTARGET_PLATFORM, nullptr)(), sycl::exception);
+    EXPECT_THROW(with(OMPTARGET_PLATFORM, natives.device)(), sycl::exception);
+    with(OMPTARGET_PLATFORM, natives.platform);
+    EXPECT_THROW(with(OMPTARGET_QUEUE, nullptr)(), sycl::exception);
+    EXPECT_EQ(test::value_from(*with(OMPTARGET_QUEUE, natives.queue)()), 42);
+}
+
+TEST(queue_and_context_cache, thirty_two_threads_that_miss_at_once_get_one_queue) {
+    for (int round = 0; round < 8; ++round) {
+        const test::basalt_natives natives;
+        const auto interop = test::interop_of(natives);
+        const auto queues = test::on_threads(
+            32, [&](std::size_t) { return lookup_and_cache_nerva_queue_and_context(interop.get()); });
+        EXPECT_TRUE(all_the_same(queues));
+        EXPECT_EQ(queues.front()->get_context(), *context_of(natives));
+    }
+}

@@ -1,0 +1,169 @@
+#include "natives.hpp"
+
+#include <offload/queue_lookup.hpp>
+#include <runtime/qtx_sycl_context_cache.hpp>
+
+#include <array>
+#include <chrono>
+#include <cstdlib>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+
+using aurelo::qtx::gpu::lookup_and_cache_nerva_queue_and_context;
+using aurelo::qtx::stats::detail::openmp::qtx_tb_omp_get_openmp_queue;
+
+namespace {
+
+/// An interop object with any mixture of good, null and failing properties; says what must come of it.
+class random_interop {
+public:
+    random_interop(std::mt19937_64& random, const std::array<test::basalt_natives, 2>& natives,
+                   sycl::queue& sycl_queue)
+        : random_(random), object_(omptarget_interop_create_sycl(nullptr)) {
+        id_ = pick({0, 1, 2, 3, 4, 4, 5, 6, 6, 6, 7});
+        kind_ = pick({0, 1, 2, 2, 2, 3});
+        omptarget_interop_set_int(object_.get(), OMPTARGET_FR_ID, id_);
+        omptarget_interop_set_int(object_.get(), OMPTARGET_IMMEDIATE, 0);
+        const auto& of_device = natives[pick({0, 1})];
+        const auto& of_context = natives[pick({0, 1})];
+        set(OMPTARGET_PLATFORM, of_device.platform);
+        set(OMPTARGET_DEVICE, of_device.device);
+        // Only basalt handles are handed out: as OpenCL handles they would be wild pointers.
+        const bool opencl = runtime() == 3 || kind_ != 2;
+        set(OMPTARGET_CONTEXT, opencl ? nullptr : of_context.context);
+        set(OMPTARGET_QUEUE, id_ == 4 ? static_cast<void*>(&sycl_queue) : of_context.queue);
+        set(OMPTARGET_BACKEND_KIND, &kind_);
+        for (const int property : {-1, 5, 6, 7, 8, 9, 10}) {
+            if (pick({0, 0, 0, 0, 0, 0, 0, 1}) != 0) {
+                failing_.insert(property);
+                omptarget_interop_fail(object_.get(), property, pick({-6, -1, 1, 77}));
+            }
+        }
+        mixed_ = &of_device != &of_context;
+    }
+
+    void* get() const { return object_.get(); }
+
+    /// The run-time that the object names in one way or the other.
+    int runtime() const {
+        if (!fails(OMPTARGET_FR_ID)) {
+            return id_;
+        }
+        return fails(8) || is_null(8) ? 0 : kind_ == 1 ? 3 : kind_ == 2 ? 6 : 0;
+    }
+
+    /// The id that the lookup reports; nothing when the SYCL runtime may throw.
+    std::optional<int> expected_id() const {
+        switch (runtime()) {
+        case 3:
+            return fails(9) || fails(5) ? std::optional(0) : std::nullopt;
+        case 4:
+            return fails(5) || is_null(5) ? 0 : 4;
+        case 6:
+            if (fails(6) || fails(7) || fails(9)) {
+                return 0;
+            }
+            if (is_null(6) || is_null(7)) {
+                return std::nullopt;
+            }
+            return fails(5) ? std::optional(0) : is_null(9) || mixed_ ? std::nullopt : std::optional(6);
+        default:
+            return 0;
+        }
+    }
+
+    /// Whether the cache must give null; it may throw if it need not.
+    bool must_be_null() const {
+        if (fails(8) || is_null(8)) {
+            return true;
+        }
+        return kind_ == 2 ? fails(9) || fails(5) || fails(7) : fails(6) || fails(5);
+    }
+    /// Otherwise the handles would be taken for what they are not.
+    bool suits_the_cache() const { return must_be_null() || (kind_ == 2 && id_ != 4); }
+
+    std::string words() const {
+        std::ostringstream text;
+        text << "id " << id_ << " kind " << kind_ << (mixed_ ? " mixed" : "") << " failing:";
+        for (const int each : failing_) {
+            text << ' ' << each;
+        }
+        text << " null:";
+        for (const int each : null_) {
+            text << ' ' << each;
+        }
+        return text.str();
+    }
+
+private:
+    int pick(std::initializer_list<int> choices) { return choices.begin()[random_() % choices.size()]; }
+    bool fails(int property) const { return failing_.count(property) != 0; }
+    bool is_null(int property) const { return null_.count(property) != 0; }
+    void set(int property, void* value) {
+        if (value == nullptr || pick({0, 0, 0, 0, 0, 0, 0, 0, 0, 1}) != 0) {
+            value = nullptr;
+            null_.insert(property);
+        }
+        omptarget_interop_set_pointer(object_.get(), property, value);
+    }
+
+    std::mt19937_64& random_;
+    test::interop_object object_;
+    int id_ = 0;
+    std::int32_t kind_ = 0;
+    bool mixed_ = false;
+    std::set<int> failing_;
+    std::set<int> null_;
+};
+
+void check_lookup(const random_interop& interop) {
+    int id = -77;
+    const auto expected = interop.expected_id();
+    try {
+        const auto queue = qtx_tb_omp_get_openmp_queue(interop.get(), id);
+        EXPECT_EQ(id, expected.value_or(id));
+        EXPECT_TRUE(id == 0 || id == interop.runtime()) << id;
+    } catch (const sycl::exception& error) {
+        EXPECT_FALSE(expected.has_value()) << error.what();
+    }
+}
+
+void check_cache(const random_interop& interop) {
+    if (!interop.suits_the_cache()) {
+        return;
+    }
+    try {
+        EXPECT_FALSE(lookup_and_cache_nerva_queue_and_context(interop.get()) != nullptr &&
+                     interop.must_be_null());
+    } catch (const sycl::exception& error) {
+        EXPECT_FALSE(interop.must_be_null()) << error.what();
+    }
+}
+
+std::uint64_t number_from(const char* variable, std::uint64_t otherwise) {
+    const char* const text = std::getenv(variable);
+    return text == nullptr ? otherwise : std::stoull(text);
+}
+
+} // namespace
+
+TEST(random_interop, never_crashes_hangs_or_leaks_and_ends_as_predicted) {
+    const auto seed = number_from("QTX_FUZZ_SEED", std::random_device{}());
+    const std::chrono::seconds duration(number_from("QTX_FUZZ_SECONDS", 1));
+    std::mt19937_64 random(seed);
+    const std::array<test::basalt_natives, 2> natives;
+    sycl::queue own{sycl::device(sycl::gpu_selector_v)};
+    const auto end = std::chrono::steady_clock::now() + duration;
+    std::size_t n = 0;
+    while (std::chrono::steady_clock::now() < end && !HasFailure()) {
+        const random_interop interop(random, natives, own);
+        SCOPED_TRACE("QTX_FUZZ_SEED=" + std::to_string(seed) + ", object " + std::to_string(n) + ": " +
+                     interop.words());
+        check_lookup(interop);
+        check_cache(interop);
+        ++n;
+    }
+    std::printf("%zu interop objects, seed %llu\n", n, static_cast<unsigned long long>(seed));
+}
