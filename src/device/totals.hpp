@@ -9,6 +9,7 @@
 
 #include "orders.hpp"
 
+#include <bit>
 #include <cstddef>
 
 namespace aurelo::qtx::stats::detail::gpu {
@@ -37,11 +38,10 @@ constexpr std::size_t slot_in(total_set set, unsigned total) {
     return slot;
 }
 
-constexpr unsigned next_total(total_set set, unsigned total) {
-    do {
-        ++total;
-    } while (total < n_totals && (set >> total & 1u) == 0);
-    return total;
+/** \brief The lowest total of \p set, without a branch: OpenCL compilers for CPUs merge a search with the loop
+ * around it, and fail. */
+constexpr unsigned lowest_total(total_set set) {
+    return static_cast<unsigned>(std::popcount((set & (~set + 1)) - 1));
 }
 
 /**
@@ -66,11 +66,11 @@ void for_each_total(const Tmp& tmp, bool with_weights, const Visit& visit) {
     } else {
         looped |= total_set_of(tmp.flags(), Tmp::has_user_mean);
     }
-    unsigned total = 0;
     do {
+        const unsigned total = lowest_total(looped);
         visit(total, tmp.slot_of(total));
-        total = next_total(looped, total);
-    } while (total < n_totals);
+        looped &= looped - 1;
+    } while (looped != 0);
 }
 
 } // namespace aurelo::qtx::stats::detail::gpu

@@ -9,8 +9,7 @@
 
 namespace device_images {
 
-/// The target. A machine keeps the types of the module that it has made code of, so that each module takes
-/// its own.
+/// The target.
 std::unique_ptr<llvm::TargetMachine> make_machine();
 
 /// Names the target of images in \p module. Call it once, before code is made of its parts.
