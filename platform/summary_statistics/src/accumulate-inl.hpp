@@ -40,8 +40,9 @@ struct walk {
     /// than the processor's own prefetchers reach with four streams. Past the end of a stripe the next one
     /// goes on.
     static HWY_INLINE std::int64_t distance_ahead(const stripe_block& b, std::int64_t v) {
-        const std::int64_t ahead =
-            (b.vectors > 8 ? 2 : 1) * prefetch_bytes / static_cast<std::int64_t>(sizeof(T));
+        // Long stripes keep their accumulators in memory, whose loads take part of the time that a request needs.
+        const std::int64_t bytes = b.vectors > long_stripe ? 2 * prefetch_bytes : prefetch_bytes;
+        const std::int64_t ahead = bytes / static_cast<std::int64_t>(sizeof(T));
         const std::int64_t stripe = b.vectors * lanes() + b.tail;
         return v * lanes() + ahead < stripe ? ahead : ahead - stripe + b.stride;
     }

@@ -16,6 +16,7 @@ inline constexpr int max_parts_per_lane = 5; ///< of the sums that one kernel ac
 inline constexpr int min_vectors =
     4; ///< lanes of a stripe, in vectors: below that, additions wait for each other
 inline constexpr int prefetch_bytes = 1024; ///< how far ahead of itself a stream asks for data
+inline constexpr int long_stripe = 8;       ///< vectors; longer stripes ask twice as far ahead
 /// Stripes of a stream that a partial sum takes. Chains of additions are kept short because their rounding
 /// errors can have one sign: the low bits of squares, and of equal elements, are not random.
 inline constexpr int rounds_of_part = 16;
