@@ -16,7 +16,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 double read_streams(const double* data, std::size_t count) {
     const hn::ScalableTag<double> d;
     const std::size_t lanes = hn::Lanes(d);
-    const std::size_t stream = count / 4 / (2 * lanes) * (2 * lanes);
+    const std::size_t stream = count / 4 / 16 * 16;
     auto a = hn::Zero(d), b = a, c = a, e = a;
     for (std::size_t i = 0; i < stream; i += 2 * lanes) {
         a = hn::Add(a, hn::Add(hn::LoadU(d, data + i), hn::LoadU(d, data + i + lanes)));
@@ -45,8 +45,9 @@ double read_memory(const void* data, std::size_t bytes) {
     {
         const auto threads = static_cast<std::size_t>(omp_get_num_threads());
         const auto me = static_cast<std::size_t>(omp_get_thread_num());
-        const std::size_t first = count / threads * me;
-        sum += HWY_DYNAMIC_DISPATCH(read_streams)(elements + first, count / threads);
+        // Whole cache lines per thread and stream: a read that is split between lines is not the fastest one.
+        const std::size_t share = count / threads / 64 * 64;
+        sum += HWY_DYNAMIC_DISPATCH(read_streams)(elements + share * me, share);
     }
     return sum;
 }

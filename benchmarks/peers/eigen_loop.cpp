@@ -3,89 +3,103 @@
 
 #include <Eigen/Core>
 
+#include <stdexcept>
+#include <utility>
+
 namespace peers {
 namespace {
 
-/// \brief Sums over rows of \p Dims values, \p Rows rows at a time as one fixed-size array of whole vectors.
+constexpr int lanes = 8;
+using vec = Eigen::Array<double, lanes, 1>;
+
+/// \brief Sums over rows of \p Dims values, \p Rows rows at a time as whole vectors. Larger arrays than one vector would
+/// go to memory and back with every operation.
 template <int Dims, int Rows>
 struct fixed {
     static constexpr int width = Dims * Rows;
-    using values = Eigen::Array<double, width, 1>;
+    static constexpr int vectors = width / lanes;
+    static_assert(width % lanes == 0);
+    using all_vectors = std::make_integer_sequence<int, vectors>;
 
     template <class T>
-    static values load(const T* data) {
-        return Eigen::Map<const Eigen::Array<T, width, 1>>(data).template cast<double>();
+    static vec load(const T* data) {
+        return Eigen::Map<const Eigen::Array<T, lanes, 1>>(data).template cast<double>();
     }
 
-    /// The weights of the rows, each repeated for every value of its row.
-    template <class T>
-    static values spread(const T* weights) {
-        values w;
-        for (int r = 0; r < Rows; ++r) {
-            w.template segment<Dims>(r * Dims).setConstant(static_cast<double>(weights[r]));
+    /// The weights of vector \p J of a group of rows, each repeated for every value of its row.
+    template <int J, class T>
+    static vec spread(const T* weights) {
+        constexpr int first = J * lanes / Dims, last = (J * lanes + lanes - 1) / Dims;
+        if constexpr (Dims == 1) {
+            return load(weights + J * lanes);
+        } else if constexpr (first == last) {
+            return vec::Constant(static_cast<double>(weights[first]));
+        } else {
+            vec w;
+            for (int l = 0; l < lanes; ++l) {
+                w[l] = static_cast<double>(weights[(J * lanes + l) / Dims]);
+            }
+            return w;
         }
-        return w;
     }
 
-    static values tile(const double* of_dims) {
-        values v;
+    struct state {
+        vec mean[vectors];
+        vec sum[5][vectors];
+    };
+
+    template <unsigned Orders, bool Weighted, class T, int... J>
+    static void power_sums(const slice<T>& s, const double* mean, const order_sums& out,
+                           std::integer_sequence<int, J...> every) {
+        state st;
         for (int i = 0; i < width; ++i) {
-            v[i] = of_dims ? of_dims[i % Dims] : 0.0;
+            st.mean[i / lanes][i % lanes] = mean ? mean[i % Dims] : 0.0;
         }
-        return v;
-    }
-
-    static void fold(const values& v, double* sums) {
-        for (int i = 0; i < width; ++i) {
-            sums[i % Dims] += v[i];
-        }
-    }
-
-    template <unsigned Orders, bool Weighted, class T>
-    static void power_sums(const slice<T>& s, const double* mean, const order_sums& out) {
-        const values m = tile(mean);
-        values sum[5];
-        for (values& v : sum) {
-            v.setZero();
-        }
+        ((st.sum[1][J] = st.sum[2][J] = st.sum[3][J] = st.sum[4][J] = vec::Zero()), ...);
         std::int64_t row = 0;
         for (; row + Rows <= s.rows; row += Rows) {
-            const values x = load(s.data + row * Dims) - m;
-            const values x2 = x * x;
-            if constexpr (Weighted) {
-                const values w = spread(s.weights + row);
-                const values wx2 = w * x2;
-                add<Orders>(sum, w * x, wx2, wx2 * x, wx2 * x2);
-            } else {
-                add<Orders>(sum, x, x2, x2 * x, x2 * x2);
-            }
+            (add<Orders, Weighted, J>(s, row, st), ...);
         }
-        store<Orders>(sum, out);
+        store<Orders>(st, out, every);
         rest<Orders>(s, row, mean, out);
     }
 
-    template <unsigned Orders, class A, class B, class C, class D>
-    static void add(values* sum, const A& first, const B& second, const C& third, const D& fourth) {
+    template <unsigned Orders, bool Weighted, int J, class T>
+    static void add(const slice<T>& s, std::int64_t row, state& st) {
+        const vec x = load(s.data + row * Dims + J * lanes) - st.mean[J];
+        vec power = x * x;
+        vec first = x;
+        if constexpr (Weighted) {
+            first *= spread<J>(s.weights + row);
+            power = first * x;
+        }
         if constexpr ((Orders & 1u << 1) != 0) {
-            sum[1] += first;
+            st.sum[1][J] += first;
         }
         if constexpr ((Orders & 1u << 2) != 0) {
-            sum[2] += second;
+            st.sum[2][J] += power;
         }
         if constexpr ((Orders & 1u << 3) != 0) {
-            sum[3] += third;
+            st.sum[3][J] += power * x;
         }
         if constexpr ((Orders & 1u << 4) != 0) {
-            sum[4] += fourth;
+            st.sum[4][J] += power * (x * x);
         }
     }
 
-    template <unsigned Orders>
-    static void store(const values* sum, const order_sums& out) {
+    template <unsigned Orders, int... J>
+    static void store(const state& st, const order_sums& out, std::integer_sequence<int, J...>) {
         for (unsigned k = 1; k <= 4; ++k) {
             if (Orders & 1u << k) {
-                fold(sum[k], out.order[k]);
+                (fold<J>(st.sum[k][J], out.order[k]), ...);
             }
+        }
+    }
+
+    template <int J>
+    static void fold(const vec& v, double* sums) {
+        for (int l = 0; l < lanes; ++l) {
+            sums[(J * lanes + l) % Dims] += v[l];
         }
     }
 
@@ -107,15 +121,16 @@ struct fixed {
 
     template <class T>
     static void extremes(const slice<T>& s, double* min, double* max) {
-        using raw = Eigen::Array<T, width, 1>;
-        raw low = raw::Constant(std::numeric_limits<T>::infinity()), high = -low;
+        constexpr int tile = 2 * width; // whole vectors of either type
+        using values = Eigen::Array<T, tile, 1>;
+        values low = values::Constant(std::numeric_limits<T>::infinity()), high = -low;
         std::int64_t row = 0;
-        for (; row + Rows <= s.rows; row += Rows) {
-            const Eigen::Map<const raw> x(s.data + row * Dims);
+        for (; row + 2 * Rows <= s.rows; row += 2 * Rows) {
+            const Eigen::Map<const values> x(s.data + row * Dims);
             low = low.min(x);
             high = high.max(x);
         }
-        for (int i = 0; i < width; ++i) {
+        for (int i = 0; i < tile; ++i) {
             min[i % Dims] = std::min(min[i % Dims], static_cast<double>(low[i]));
             max[i % Dims] = std::max(max[i % Dims], static_cast<double>(high[i]));
         }
@@ -130,11 +145,11 @@ template <class Call>
 void with_dims(std::int64_t dims, Call&& call) {
     switch (dims) {
     case 1:
-        return call(fixed<1, 64>());
+        return call(fixed<1, 32>());
     case 3:
-        return call(fixed<3, 16>());
+        return call(fixed<3, 8>());
     case 8:
-        return call(fixed<8, 8>());
+        return call(fixed<8, 4>());
     case 100:
         return call(fixed<100, 2>());
     default:
@@ -150,9 +165,9 @@ struct library {
     static void power_sums(const slice<T>& s, const double* mean, const order_sums& out) {
         with_dims(s.dims, [&](auto loop) {
             if (s.weights) {
-                loop.template power_sums<Orders, true>(s, mean, out);
+                loop.template power_sums<Orders, true>(s, mean, out, typename decltype(loop)::all_vectors());
             } else {
-                loop.template power_sums<Orders, false>(s, mean, out);
+                loop.template power_sums<Orders, false>(s, mean, out, typename decltype(loop)::all_vectors());
             }
         });
     }
