@@ -2,6 +2,9 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 
+# Copies of the tree, as the mutants', share the cache.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+
 say() { printf '\n\033[1m%s\033[0m\n' "$*"; }
 
 as_root() {

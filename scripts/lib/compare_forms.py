@@ -31,7 +31,7 @@ def main():
         for name, values in reference.items():
             rounded = float if element == "double" else as_float
             if [rounded(v) for v in found[name]] != [rounded(v) for v in values]:
-                sys.exit(f"{name} differs with {form}, {layout}, {element}: {found[name]} against {expected}")
+                sys.exit(f"{name} differs with {form}, {layout}, {element}: {found[name]} against {values}")
         runs += 1
     print(f"\nBuffer and USM form, both layouts, both types: {runs} runs, all agree to the last bit.")
 
