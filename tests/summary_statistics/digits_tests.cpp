@@ -110,6 +110,16 @@ TEST(digits, reach_their_marks) {
     }
 }
 
+// Blocks of small values between two blocks of large ones that cancel: a plain running sum of the blocks drops them all.
+TEST(digits, sums_keep_what_their_additions_round_away) {
+    const std::size_t block = 65536;
+    std::vector<double> values(16 * block, 0x1p-12);
+    std::fill_n(values.begin(), block, 0x1p44);
+    std::fill_n(values.rbegin(), block, -0x1p44);
+    const auto r = run(column(std::move(values)), TSB_SS_EST_SUM);
+    EXPECT_EQ(r(7), 14 * 0x1p4);
+}
+
 TEST(digits, twenty_million_float_ones_are_counted_exactly) {
     const auto m = column(std::vector<float>(20000000, 1.0f));
     const auto r = run(m, every_estimate);
