@@ -1,5 +1,6 @@
 // A compute call from the layout to the results: threads, scratch, the merge of chunks.
 #include "finish.hpp"
+#include "team_edge.hpp"
 #include "unit.hpp"
 
 #include <algorithm>
@@ -116,20 +117,25 @@ private:
     void run_team(double* scratch, std::int64_t per_thread) {
         const int grain =
             static_cast<int>(std::clamp<std::int64_t>(layout_.n_units() / (n_threads_ * 16), 1, 4096));
+        team_edge::release();
 #pragma omp parallel num_threads(static_cast <int>(n_threads_))
         {
+            team_edge::acquire();
             unit_scratch mine(job_, scratch + omp_get_thread_num() * per_thread);
-#pragma omp for schedule(dynamic, grain)
+#pragma omp for schedule(dynamic, grain) nowait
             for (std::int64_t u = 0; u < layout_.n_units(); ++u) {
                 do_unit(mine, u);
             }
             if (layout_.n_chunks > 1) {
-#pragma omp for schedule(static)
+                team_edge::barrier();
+#pragma omp for schedule(static) nowait
                 for (std::int64_t p = 0; p < layout_.n_panels; ++p) {
                     join_chunks(p);
                 }
             }
+            team_edge::release();
         }
+        team_edge::acquire();
     }
 
     void do_unit(unit_scratch& mine, std::int64_t unit) {
