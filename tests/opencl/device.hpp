@@ -1,5 +1,7 @@
 #pragma once
 
+#include "../support/optional.hpp"
+
 #include <sycl/sycl.hpp>
 
 #include <gtest/gtest.h>
@@ -23,7 +25,7 @@ class on_opencl : public testing::Test {
 protected:
     void SetUp() override {
         if (opencl_devices().empty()) {
-            GTEST_SKIP() << "no OpenCL device with fine-grained shared virtual memory";
+            SUPPORT_MISSING("no OpenCL device with fine-grained shared virtual memory");
         }
         device = opencl_devices().front();
         queue = sycl::queue(device);
