@@ -3,8 +3,8 @@
  * \brief Explicit instantiations of the launch routines that offloaded tasks need beside the public ones, and
  * with them of their kernels: functors in unified shared memory, whose masks may hold 32-bit integers.
  *
- * Each source of this folder instantiates one family; the routines that run them declare the same lists with
- * `extern` in front.
+ * Each source of this folder instantiates one family; the routines that run them declare the same lists by
+ * way of `QTX_OFFLOAD_TEMPLATE`.
  */
 #pragma once
 
@@ -14,11 +14,16 @@
 
 #include <vector>
 
+/** \brief What the lists make: definitions, or declarations where this is defined as `extern template`. */
+#ifndef QTX_OFFLOAD_TEMPLATE
+#define QTX_OFFLOAD_TEMPLATE template
+#endif
+
 /** \brief One launch routine for one functor; what follows the width of the mask are types of a caller's
  * mean.
  */
 #define QTX_OFFLOAD_LAUNCH(ROUTINE, FUNCTOR, T, L, INDEX_64, ...)                                            \
-    template sycl::event ROUTINE<INDEX_64, T, L, FUNCTOR<T, true> __VA_OPT__(, ) __VA_ARGS__>(               \
+    QTX_OFFLOAD_TEMPLATE sycl::event ROUTINE<INDEX_64, T, L, FUNCTOR<T, true> __VA_OPT__(, ) __VA_ARGS__>(   \
         sycl::queue&, dataset<L, T*>, FUNCTOR<T, true>,                                                      \
         const std::vector<sycl::event>& __VA_OPT__(, ) __VA_ARGS__);
 
