@@ -27,7 +27,8 @@ SERVICES = {
     f"qtx_serv_{name}"
     for name in "lock unlock libc_is_static getenv strnlen_s strncpy_s strncat_s fprintf_s print exit iface_exit".split()
 }
-NEEDED = r"lib(sycl\.so\.7|OpenCL\.so\.1|tsb_summary_statistics\.so\.1|(stdc\+\+|gcc_s|c|m|asan|ubsan|tsan)\.so\.\d+)|ld-linux.*"
+# Kernels compiled for the host call the software GPU's group operations themselves.
+NEEDED = r"lib(basalt\.so\.1|sycl\.so\.7|OpenCL\.so\.1|tsb_summary_statistics\.so\.1|(stdc\+\+|gcc_s|c|m|asan|ubsan|tsan)\.so\.\d+)|ld-linux.*"
 ORDER = ["_Init_QTX_Loader", "_GLOBAL__sub_I.00103_qtx_sycl_context_cache.cpp", "_GLOBAL__sub_I.00104_qtx_sycl_context_cache.cpp"]
 
 

@@ -4,23 +4,36 @@
 #include <omptarget/interop.h>
 #include <sycl/sycl.hpp>
 
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <string>
+#include <mutex>
+#include <stdexcept>
+#include <vector>
 
 namespace test {
 
 constexpr auto soft_gpu = sycl::backend::ext_aurelo_basalt;
 
+inline void require(bs_result_t result) {
+    if (result != BS_SUCCESS) {
+        throw std::runtime_error(bs_last_error());
+    }
+}
+
+/// Keeps a native handle to the end of the process: the caches never forget one, so no new object must get its address.
+inline void keep(void* handle) {
+    static std::mutex lock;
+    static auto* const kept = new std::vector<void*>;
+    const std::lock_guard guard(lock);
+    kept->push_back(handle);
+}
+
 inline bs_platform_handle_t basalt_platform() {
     bs_platform_handle_t platform = nullptr;
-    EXPECT_EQ(bs_platform_get(&platform), BS_SUCCESS) << bs_last_error();
+    require(bs_platform_get(&platform));
     return platform;
 }
 
-/// What an OpenMP run-time holds of a software GPU: a device, a context, a queue and an immediate command
-/// list.
+/// What an OpenMP run-time holds of a software GPU: a device, a context, a queue and an immediate command list.
 struct basalt_natives {
     bs_platform_handle_t platform = basalt_platform();
     bs_device_handle_t device = nullptr;
@@ -33,15 +46,16 @@ struct basalt_natives {
         bs_device_desc_init(&desc);
         desc.max_work_group_size = 64;
         desc.n_threads = 1;
-        EXPECT_EQ(bs_device_add_hidden(platform, &desc, &device), BS_SUCCESS) << bs_last_error();
-        EXPECT_EQ(bs_context_create(platform, 1, &device, &context), BS_SUCCESS) << bs_last_error();
-        EXPECT_EQ(bs_command_queue_create(context, device, 1, &queue), BS_SUCCESS) << bs_last_error();
-        EXPECT_EQ(bs_command_list_create_immediate(context, device, 1, &list), BS_SUCCESS) << bs_last_error();
+        require(bs_device_add_hidden(platform, &desc, &device));
+        require(bs_context_create(platform, 1, &device, &context));
+        keep(context);
+        require(bs_command_queue_create(context, device, 1, &queue));
+        keep(queue);
+        require(bs_command_list_create_immediate(context, device, 1, &list));
+        keep(list);
     }
     basalt_natives(const basalt_natives&) = delete;
     basalt_natives& operator=(const basalt_natives&) = delete;
-    // The handles stay: the caches know them to the end of the process, and a new handle must not get an old
-    // value.
 
     sycl::device sycl_device() const {
         namespace basalt = sycl::ext::aurelo::basalt;

@@ -1,11 +1,8 @@
 #pragma once
 
+#include "natives.hpp"
+
 #include <CL/cl.h>
-
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <vector>
 
 namespace test {
 
@@ -21,11 +18,12 @@ struct opencl_natives {
             clGetDeviceIDs(platform, CL_DEVICE_TYPE_ALL, 1, &device, nullptr) == CL_SUCCESS) {
             context = clCreateContext(nullptr, 1, &device, nullptr, nullptr, nullptr);
             queue = clCreateCommandQueueWithProperties(context, device, nullptr, nullptr);
+            keep(context);
+            keep(queue);
         }
     }
     opencl_natives(const opencl_natives&) = delete;
     opencl_natives& operator=(const opencl_natives&) = delete;
-    // The handles stay: the caches know them to the end of the process.
 };
 
 } // namespace test

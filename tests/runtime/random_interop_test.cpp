@@ -3,6 +3,8 @@
 #include <offload/queue_lookup.hpp>
 #include <runtime/qtx_sycl_context_cache.hpp>
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <chrono>
 #include <cstdlib>

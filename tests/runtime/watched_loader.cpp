@@ -10,9 +10,12 @@ extern "C" {
 void* __real_dlopen(const char* name, int flags);
 void* __real_dlsym(void* library, const char* name);
 char* __real_getcwd(char* buffer, std::size_t size);
+// The linker wants to see these from the sanitizers' libraries, which name the real functions.
+#pragma GCC visibility push(default)
 void* __wrap_dlopen(const char* name, int flags);
 void* __wrap_dlsym(void* library, const char* name);
 char* __wrap_getcwd(char* buffer, std::size_t size);
+#pragma GCC visibility pop
 }
 
 namespace {

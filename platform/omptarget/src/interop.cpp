@@ -26,15 +26,14 @@ int omptarget_interop_s::read(const Values& values, int property, Value& value) 
     if (reads_.size() < max_reads) {
         reads_.push_back(property);
     }
+    const auto found = values.find(property);
+    if (found != values.end()) {
+        value = found->second;
+    }
     if (const auto failure = failures_.find(property); failure != failures_.end()) {
         return failure->second;
     }
-    const auto found = values.find(property);
-    if (found == values.end()) {
-        return OMPTARGET_RC_OUT_OF_RANGE;
-    }
-    value = found->second;
-    return 0;
+    return found == values.end() ? OMPTARGET_RC_OUT_OF_RANGE : 0;
 }
 
 int omptarget_interop_s::read_pointer(int property, void*& value) {

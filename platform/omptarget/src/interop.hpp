@@ -15,7 +15,7 @@ struct omptarget_interop_s {
 public:
     omptarget_interop_s(int runtime, int backend_kind);
 
-    /// The status of the read; \p value is written on 0 only.
+    /// The status of the read; \p value is written if there is one, even when the read is made to fail.
     int read_pointer(int property, void*& value);
     int read_int(int property, std::intptr_t& value);
 

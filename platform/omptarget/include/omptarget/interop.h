@@ -46,9 +46,9 @@ enum {
 
 /** \name The entries of the run-time */
 /**@{*/
-/** \brief Stores a pointer property. Returns 0, or another status with \p value untouched. */
+/** \brief Stores a pointer property. Returns 0, or another status with no promise about \p value. */
 OMPTARGET_API int __tgt_get_interop_property(void* interop, int property, void** value);
-/** \brief An integer property; \p code, unless null, receives one of OMPTARGET_RC_*. 0 without success. */
+/** \brief An integer property; \p code, unless null, receives one of OMPTARGET_RC_*. */
 OMPTARGET_API intptr_t omp_get_interop_int(void* interop, int property, int* code);
 /** \brief OpenMP's own pointer properties: -6 platform, -7 device, -8 context, -9 queue. */
 OMPTARGET_API void* omp_get_interop_ptr(void* interop, int property, int* code);
@@ -80,7 +80,10 @@ OMPTARGET_API int omptarget_interop_wait(omptarget_interop_t interop, unsigned c
 /**@{*/
 OMPTARGET_API void omptarget_interop_set_pointer(omptarget_interop_t interop, int property, void* value);
 OMPTARGET_API void omptarget_interop_set_int(omptarget_interop_t interop, int property, intptr_t value);
-/** \brief Makes reads of a property, as pointer or integer, end with \p status; 0 lets them succeed again. */
+/**
+ * \brief Makes reads of a property, as pointer or integer, end with \p status; 0 lets them succeed again. The value is
+ * given all the same: a reader has to go by the status.
+ */
 OMPTARGET_API void omptarget_interop_fail(omptarget_interop_t interop, int property, int status);
 /** \brief The first properties read (1024 are kept), oldest first, at most \p capacity; returns how many are
  * kept. */
