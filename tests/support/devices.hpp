@@ -47,10 +47,27 @@ inline constexpr std::size_t medium_limit = 96;
 inline constexpr std::size_t large_limit = 1024;
 #endif
 
+#ifdef QTX_TEST_OPENCL
+/// OpenCL devices that are, or are presented as, GPUs.
+inline std::vector<sycl::device> make_gpus() {
+    std::vector<sycl::device> list;
+    for (const auto& each : sycl::device::get_devices(sycl::info::device_type::gpu)) {
+        if (each.get_backend() == sycl::backend::opencl) {
+            list.push_back(each);
+        }
+    }
+    return list;
+}
+#else
 /// Software GPUs whose limits make anything from deep plans of small groups to single steps.
+inline std::vector<sycl::device> make_gpus() {
+    return {gpu_with_limit(2), gpu_with_limit(4), gpu_with_limit(medium_limit), gpu_with_limit(large_limit)};
+}
+#endif
+
+/// What a suite runs on that is the same for all GPUs.
 inline const std::vector<sycl::device>& gpus() {
-    static const std::vector<sycl::device> list{gpu_with_limit(2), gpu_with_limit(4),
-                                                gpu_with_limit(medium_limit), gpu_with_limit(large_limit)};
+    static const std::vector<sycl::device> list = make_gpus();
     return list;
 }
 
