@@ -22,8 +22,7 @@ private:
  * \brief Runs \p attempt, which tells whether it succeeded, in the first call; later calls only report how it
  * ended.
  * \param initialized 0 before the attempt, then 1 or -1 for good
- * \param status the result of the last
- * call: 0 after a success, else -1
+ * \param status the result of the last call: 0 after a success, else -1
  */
 template <typename Attempt>
 std::int32_t load_once(int& lock, std::int32_t& initialized, std::int32_t& status, Attempt attempt) {

@@ -1,0 +1,108 @@
+#include "expected.hpp"
+
+#include "runtime/qtx_omp_wrappers.hpp"
+
+#include <stats/stats.hpp>
+
+#include <stdexcept>
+
+// What entries print on stderr, byte for byte; -2 is all that their callers get.
+
+namespace {
+
+using namespace test;
+
+template <typename T>
+void expect_message(interop_device& device, std::size_t n_observations, const std::string& message) {
+    offload_task<T, std::int64_t> task(device, make<T>({.n_dims = 2, .n_observations = n_observations}));
+    const auto interop = device.interop();
+    for (const int nowait : {0, 1}) {
+        omptarget_interop_set_nowait(interop.get(), nowait);
+        testing::internal::CaptureStderr();
+        const int status = compute(task, est_min, 1, interop);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), message);
+        EXPECT_EQ(status, -2);
+        EXPECT_EQ(omptarget_interop_completions(interop.get()), 0u);
+        expect_untouched(task);
+    }
+}
+
+/// The property read of an interop library whose every call throws.
+template <typename Thrown>
+int throwing_read(void*, int, void**) {
+    throw Thrown("a broken interop library");
+}
+template <>
+int throwing_read<int>(void*, int, void**) {
+    throw 7;
+}
+
+class broken_library {
+public:
+    explicit broken_library(int (*read)(void*, int, void**)) : real_(qtx_fp_tgt_get_interop_property) {
+        qtx_fp_tgt_get_interop_property = read;
+    }
+    ~broken_library() { qtx_fp_tgt_get_interop_property = real_; }
+    broken_library(const broken_library&) = delete;
+    broken_library& operator=(const broken_library&) = delete;
+
+private:
+    int (*real_)(void*, int, void**);
+};
+
+class messages : public testing::Test {
+protected:
+    static void SetUpTestSuite() { ASSERT_EQ(qtx_omp_load_lib(), 0); }
+};
+
+} // namespace
+
+TEST_F(messages, exception_of_the_library) {
+    const auto lonely = new_software_gpu(1, 0, true);
+    expect_message<double>(
+        *lonely, 2,
+        "Qtx Stats: aurelo::qtx::exception: what: aurelo::qtx::stats::min: invalid argument: n_observations "
+        "is 2, must be 1 on " +
+            lonely->as_sycl_device().get_info<sycl::info::device::name>() +
+            ", whose work-group limit is 1\n");
+}
+
+TEST_F(messages, exception_of_the_sycl_runtime) {
+    const auto narrow = new_software_gpu(8, 0, false);
+    std::string what = "nothing was thrown";
+    try {
+        sycl::queue queue(narrow->as_sycl_device());
+        const device_array<double> values(*narrow, {1, 2});
+        const aurelo::qtx::stats::dataset<layout::by_dimension, double*> data(1, 1, values.get());
+        aurelo::qtx::stats::min(queue, data, values.get() + 1);
+    } catch (const sycl::exception& error) {
+        what = error.what();
+    }
+    expect_message<double>(*narrow, 2, "Qtx Stats: sycl::exception what: " + what + " \n");
+    offload_task<float, std::int64_t> narrow_task(*narrow, make<float>({.n_dims = 2, .n_observations = 20}));
+    EXPECT_EQ(compute(narrow_task, est_all, 1, narrow->interop()), 0);
+}
+
+TEST_F(messages, standard_exception) {
+    const broken_library broken(&throwing_read<std::runtime_error>);
+    expect_message<float>(software_gpu(), 2, "Qtx Stats: std::exception what: a broken interop library\n");
+}
+
+TEST_F(messages, unknown_exception) {
+    const broken_library broken(&throwing_read<int>);
+    expect_message<float>(software_gpu(), 2, "Qtx Stats: unknown exception occured during Nerva call");
+}
+
+TEST_F(messages, refusals_print_nothing) {
+    offload_task<double, std::int64_t> task(software_gpu(), make<double>({.n_dims = 2, .n_observations = 3}));
+    const auto interop = software_gpu().interop();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(compute(task, est_min, 77, interop), -4029);
+    task.n_dims = 0;
+    EXPECT_EQ(compute(task, est_min, 1, interop), -4001);
+    omptarget_interop_set_int(interop.get(), OMPTARGET_FR_ID, 1);
+    EXPECT_EQ(compute(task, est_min, 1, interop), -2);
+    task.storage = 5;
+    EXPECT_EQ(compute(task, est_min, 1, interop), -3);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
