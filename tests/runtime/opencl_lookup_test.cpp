@@ -2,6 +2,8 @@
 #include "natives.hpp"
 #include "opencl_natives.hpp"
 
+#include "support/optional.hpp"
+
 #include <offload/queue_lookup.hpp>
 #include <runtime/qtx_sycl_context_cache.hpp>
 
@@ -21,7 +23,7 @@ class opencl_lookup : public testing::Test {
 protected:
     void SetUp() override {
         if (natives.queue == nullptr) {
-            GTEST_SKIP() << "this machine has no OpenCL device";
+            SUPPORT_MISSING("no OpenCL device");
         }
     }
 
