@@ -61,8 +61,12 @@ TEST_P(kernels, reductions_give_every_work_item_the_result) {
                     const int from_ten = sycl::reduce_over_group(over, id, 10, sycl::plus<>());
                     const int low = sycl::reduce_over_group(over, id, sycl::minimum<int>());
                     const int high = sycl::reduce_over_group(over, -id, sycl::maximum<int>());
+                    const auto several = sycl::reduce_over_group(over, sycl::marray<int, 3>(id, 1, -id),
+                                                                 sycl::marray<int, 3>(5), sycl::plus<>());
                     const bool right = sum == (first + last) * static_cast<int>(local) / 2 &&
-                                       from_ten == sum + 10 && low == first && high == -first;
+                                       from_ten == sum + 10 && low == first && high == -first &&
+                                       several[0] == sum + 5 && several[1] == static_cast<int>(local) + 5 &&
+                                       several[2] == 5 - sum;
                     const int wrong = sycl::reduce_over_group(over, right ? 0 : 1, sycl::plus<int>());
                     if (over.leader()) {
                         target[item.get_group(0)] = wrong;

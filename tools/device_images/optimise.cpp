@@ -25,20 +25,19 @@ void inline_all_but_kernels(llvm::Module& module) {
     }
 }
 
-/// Puts the kernel's last argument, its block of local memory, in the place of calls that ask for it.
-void pass_local_pool(llvm::Function& kernel) {
-    llvm::Function* const pool = kernel.getParent()->getFunction("__sycl_local_pool");
-    if (pool == nullptr) {
+/// Puts an argument of the kernel, a block of local memory, in the place of calls that ask for it.
+void pass_local_memory(llvm::Function& kernel, unsigned argument, llvm::StringRef function) {
+    llvm::Function* const asked = kernel.getParent()->getFunction(function);
+    if (asked == nullptr) {
         return;
     }
     llvm::IRBuilder<> entry(&*kernel.getEntryBlock().getFirstInsertionPt());
-    llvm::Value* const address =
-        entry.CreateAddrSpaceCast(kernel.getArg(kernel.arg_size() - 1), pool->getReturnType());
-    for (llvm::User* const each : llvm::make_early_inc_range(pool->users())) {
+    llvm::Value* const address = entry.CreateAddrSpaceCast(kernel.getArg(argument), asked->getReturnType());
+    for (llvm::User* const each : llvm::make_early_inc_range(asked->users())) {
         each->replaceAllUsesWith(address);
         llvm::cast<llvm::CallInst>(each)->eraseFromParent();
     }
-    pool->eraseFromParent();
+    asked->eraseFromParent();
 }
 
 } // namespace
@@ -65,7 +64,9 @@ void optimise(llvm::Module& alone) {
     inlining.addPass(llvm::AlwaysInlinerPass());
     inlining.addPass(llvm::GlobalDCEPass());
     inlining.run(alone, modules);
-    pass_local_pool(*kernels_of(alone).front());
+    llvm::Function& kernel = *kernels_of(alone).front();
+    pass_local_memory(kernel, 1, "__sycl_local_arrays");
+    pass_local_memory(kernel, 2, "__sycl_group_scratch");
     modules.clear();
     builder.buildPerModuleDefaultPipeline(llvm::OptimizationLevel::O2).run(alone, modules);
 }

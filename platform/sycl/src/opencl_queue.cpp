@@ -6,6 +6,7 @@
 #include <sycl/detail/kernel.hpp>
 #include <sycl/detail/local_pool.hpp>
 
+#include <algorithm>
 #include <string>
 
 namespace sycl::detail::opencl {
@@ -36,10 +37,19 @@ std::shared_ptr<const kernel_image> require_image(const kernel_traits& kernel, c
     return image;
 }
 
+std::size_t group_bytes(const kernel_launch& what) {
+    return group_scratch_bytes(what.local_size, what.kernel->traits().group_value_bytes);
+}
+
+/// Drivers refuse blocks of no bytes.
+std::size_t local_array_bytes(const kernel_launch& what) {
+    return std::max<std::size_t>(what.local_memory_bytes, 1);
+}
+
 } // namespace
 
 std::size_t queue::local_bytes(const kernel_launch& what) const {
-    return group_scratch_bytes(what.local_size) + what.local_memory_bytes;
+    return group_bytes(what) + local_array_bytes(what);
 }
 
 void queue::check_launch(const kernel_launch& what) {
@@ -69,7 +79,8 @@ std::shared_ptr<built_kernel> queue::kernel_of(const kernel_launch& what) {
 void queue::set_arguments(cl_kernel kernel, const kernel_launch& what) {
     const auto& box = *what.kernel;
     check(clSetKernelArg(kernel, 0, box.traits().bytes, box.kernel()), "a kernel's argument");
-    check(clSetKernelArg(kernel, 1, local_bytes(what), nullptr), "a kernel's local memory");
+    check(clSetKernelArg(kernel, 1, local_array_bytes(what), nullptr), "a kernel's local memory");
+    check(clSetKernelArg(kernel, 2, group_bytes(what), nullptr), "a kernel's memory of group algorithms");
     const auto reachable = context_.allocations();
     if (!reachable.empty()) {
         check(clSetKernelExecInfo(kernel, CL_KERNEL_EXEC_INFO_SVM_PTRS, reachable.size() * sizeof(void*),

@@ -84,7 +84,7 @@ public:
 private:
     T* data() const {
 #ifdef __SYCL_DEVICE_ONLY__
-        return reinterpret_cast<T*>(detail::local_arrays() + offset_);
+        return reinterpret_cast<T*>(detail::builtin::local_arrays() + offset_);
 #else
         return pointer_;
 #endif

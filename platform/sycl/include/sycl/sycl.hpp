@@ -16,6 +16,7 @@
 #include <sycl/info.hpp>
 #include <sycl/interop.hpp>
 #include <sycl/local_accessor.hpp>
+#include <sycl/marray.hpp>
 #include <sycl/math.hpp>
 #include <sycl/multi_ptr.hpp>
 #include <sycl/nd_item.hpp>

@@ -11,9 +11,10 @@
  */
 namespace sycl::detail::builtin {
 
-/// The kernel's block of local memory. No built-in of OpenCL: the tool that makes device images puts the
-/// argument of the kernel's entry in its place.
-__attribute__((const)) std::byte* local_pool() __asm__("__sycl_local_pool");
+/// The kernel's blocks of local memory. No built-ins of OpenCL: the tool that makes device images puts the
+/// arguments of the kernel's entry in their places.
+__attribute__((const)) std::byte* local_arrays() __asm__("__sycl_local_arrays");
+__attribute__((const)) std::byte* group_scratch() __asm__("__sycl_group_scratch");
 
 __attribute__((const)) std::size_t local_id(unsigned dimension) __asm__("_Z12get_local_idj");
 __attribute__((const)) std::size_t group_id(unsigned dimension) __asm__("_Z12get_group_idj");

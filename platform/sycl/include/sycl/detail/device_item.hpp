@@ -4,18 +4,16 @@
 
 #include <sycl/access.hpp>
 #include <sycl/detail/device_builtins.hpp>
+#include <sycl/detail/group_vector.hpp>
 #include <sycl/detail/local_pool.hpp>
+#include <sycl/marray.hpp>
 
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 namespace sycl::detail {
-
-/// Where the arrays of local accessors begin.
-inline std::byte* local_arrays() {
-    return builtin::local_pool() + group_scratch_bytes(builtin::local_size(0));
-}
 
 /**
  * What is behind nd_item and group in kernels of device images: the built-in functions, and the group's
@@ -39,64 +37,99 @@ public:
         }
     }
 
+    template <typename Op, typename T>
+    T reduce(T value) const {
+        return reduce<Op>(marray<T, 1>(value))[0];
+    }
+
     /**
      * Every work-item leaves its value, a few lanes combine slices of them, and the first one combines those:
      * on a processor this takes a fifth of the time of a tree of barriers. The order depends on the group's
-     * size alone.
+     * size alone. What a value consists of stands apart, so that vectors of it are at hand.
      */
-    template <typename Op, typename T>
-    T reduce(T value) const {
-        static_assert(sizeof(T) <= largest_group_value && std::is_trivially_copyable_v<T>);
-        T* const sums = reinterpret_cast<T*>(builtin::local_pool());
-        T* const values = sums + reducing_lanes;
-        const std::size_t lane = local_id();
-        const std::size_t size = local_size();
-        const std::size_t n_sums = size < reducing_lanes ? size : reducing_lanes;
-
-        values[lane] = value;
-        builtin::barrier(builtin::local_fence);
-        if (lane < n_sums) {
-            sums[lane] = combine_slice<Op>(values, lane, size);
-        }
-        builtin::barrier(builtin::local_fence);
-        if (lane == 0) {
-            combine_halves<Op>(sums, n_sums);
-        }
-        builtin::barrier(builtin::local_fence);
-        return sums[0]; // which the next reduction changes only behind its first barrier
+    template <typename Op, typename T, std::size_t N>
+    marray<T, N> reduce(const marray<T, N>& value) const {
+        static_assert(std::is_arithmetic_v<T> && sizeof(T) <= largest_group_number &&
+                      N <= most_group_numbers);
+        return reduce_each<Op>(value, std::make_index_sequence<N>());
     }
 
-    /// The group's work-items share the elements; they are all there after wait_copy().
+    /// Each work-item copies one element; they are all there after wait_copy(). What is more than work-items, which
+    /// is rare, falls to the first: a loop for all would cost those that never take it.
     template <typename T>
     std::uint64_t copy(T* target, const T* source, std::size_t count, std::size_t target_stride,
                        std::size_t source_stride) const {
-        const std::size_t step = local_size();
-        for (std::size_t i = local_id(); i < count; i += step) {
-            target[i * target_stride] = source[i * source_stride];
+        const std::size_t lane = local_id();
+        if (lane < count) {
+            target[lane * target_stride] = source[lane * source_stride];
+        }
+        if (lane == 0) {
+            for (std::size_t i = local_size(); i < count; ++i) {
+                target[i * target_stride] = source[i * source_stride];
+            }
         }
         return 0;
     }
     void wait_copy(std::uint64_t) const { barrier(access::fence_space::global_and_local); }
 
 private:
-    template <typename Op, typename T>
-    static T combine_slice(const T* values, std::size_t lane, std::size_t size) {
-        T result = values[lane];
-        for (std::size_t i = lane + reducing_lanes; i < size; i += reducing_lanes) {
-            result = Op{}(result, values[i]);
+    template <typename Op, typename T, std::size_t N, std::size_t... k>
+    marray<T, N> reduce_each(const marray<T, N>& value, std::index_sequence<k...>) const {
+        const std::size_t lane = local_id();
+        const std::size_t size = local_size();
+        T* const results = reinterpret_cast<T*>(builtin::group_scratch());
+        T* const sums = results + group_vector_size;
+        T* const values = sums + N * reducing_lanes;
+        const std::size_t n_vectors = group_vectors(size);
+        const std::size_t row = (n_vectors + 1) * group_vector_size;
+
+        ((values[k * row + lane] = value[k]), ...);
+        if (lane == 0) {
+            (fill_up<Op>(sums + k * reducing_lanes, values + k * row + size), ...);
         }
-        return result;
+        builtin::barrier(builtin::local_fence);
+        if (lane < reducing_lanes && lane < n_vectors) {
+            ((sums[k * reducing_lanes + lane] = combine_slice<Op>(values + k * row, lane, n_vectors)), ...);
+        }
+        builtin::barrier(builtin::local_fence);
+        if (lane == 0) {
+            ((results[k] = combine_sums<Op>(sums + k * reducing_lanes)), ...);
+        }
+        builtin::barrier(builtin::local_fence);
+        marray<T, N> combined; // which the next reduction changes only behind its barriers
+        ((combined[k] = results[k]), ...);
+        return combined;
+    }
+
+    /// Neutral values where lanes leave no sum, and behind the work-items' values, to the end of a vector and further.
+    template <typename Op, typename T>
+    static void fill_up(T* sums, T* behind_values) {
+        fill<Op>(sums, std::make_index_sequence<reducing_lanes>());
+        fill<Op>(behind_values, std::make_index_sequence<group_vector_size - 1>());
+    }
+    template <typename Op, typename T, std::size_t... i>
+    static void fill(T* values, std::index_sequence<i...>) {
+        ((values[i] = neutral<Op, T>()), ...);
+    }
+
+    /// Every 32nd vector of values, beginning with that of the lane.
+    template <typename Op, typename T>
+    static T combine_slice(const T* values, std::size_t lane, std::size_t n_vectors) {
+        using vector = group_vector<T>;
+        vector sums = vector::at(values + lane * group_vector_size);
+        for (std::size_t i = lane + reducing_lanes; i < n_vectors; i += reducing_lanes) {
+            sums = sums.template with<Op>(vector::at(values + i * group_vector_size));
+        }
+        return sums.template combined<Op>();
     }
 
     template <typename Op, typename T>
-    static void combine_halves(T* values, std::size_t count) {
-        while (count > 1) {
-            const std::size_t half = (count + 1) / 2;
-            for (std::size_t i = 0; i + half < count; ++i) {
-                values[i] = Op{}(values[i], values[i + half]);
-            }
-            count = half;
-        }
+    static T combine_sums(const T* sums) {
+        static_assert(reducing_lanes == 2 * group_vector_size);
+        using vector = group_vector<T>;
+        return vector::at(sums)
+            .template with<Op>(vector::at(sums + group_vector_size))
+            .template combined<Op>();
     }
 };
 

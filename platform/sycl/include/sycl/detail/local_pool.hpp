@@ -1,23 +1,37 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 
 /**
- * How the one block of local memory of a launch from a device image is divided: group algorithms keep their
- * values in front, the local accessors follow. The kernel's entry and the runtime both compute it from the
- * group's size.
+ * How the block of local memory in which group algorithms of device images keep their values is divided: the results,
+ * in the room of a vector; for each number of a value the sums of the reducing lanes; and for each number those of
+ * the work-items, with a vector's worth of neutral ones behind them.
  */
 namespace sycl::detail {
 
-/// Lanes that add up the values of a group; their sums stand in front of the values.
+/// Lanes that add up the values of a group, by vectors of this many.
 inline constexpr std::size_t reducing_lanes = 32;
-/// The largest value that a group algorithm takes.
-inline constexpr std::size_t largest_group_value = 8;
+inline constexpr std::size_t group_vector_size = 16;
+/// The largest number that a group algorithm takes, and how many of them a value may consist of.
+inline constexpr std::size_t largest_group_number = 8;
+inline constexpr std::size_t most_group_numbers = group_vector_size;
 
-constexpr std::size_t group_scratch_bytes(std::size_t local_size) {
-    constexpr std::size_t alignment = 64;
-    const std::size_t bytes = (reducing_lanes + local_size) * largest_group_value;
-    return (bytes + alignment - 1) / alignment * alignment;
+/// The largest value that a kernel's group algorithms take, in bytes.
+template <typename Kernel, typename = void>
+inline constexpr std::size_t group_value_bytes = largest_group_number;
+template <typename Kernel>
+inline constexpr std::size_t group_value_bytes<Kernel, std::void_t<decltype(Kernel::group_value_bytes)>> =
+    Kernel::group_value_bytes;
+
+/// Vectors that hold a number of each work-item; the last may be full in part.
+constexpr std::size_t group_vectors(std::size_t local_size) {
+    return (local_size + group_vector_size - 1) / group_vector_size;
+}
+
+constexpr std::size_t group_scratch_bytes(std::size_t local_size, std::size_t value_bytes) {
+    const std::size_t row = (group_vectors(local_size) + 1) * group_vector_size;
+    return group_vector_size * largest_group_number + (reducing_lanes + row) * value_bytes;
 }
 
 } // namespace sycl::detail
