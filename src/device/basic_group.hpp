@@ -11,6 +11,7 @@
 #include <sycl/sycl.hpp>
 
 #include <cstddef>
+#include <utility>
 
 namespace aurelo::qtx::stats::detail::gpu {
 
@@ -49,24 +50,53 @@ void sum_and_store(const Tmp& tmp, const sycl::nd_item<1>& item, unsigned total,
     }
 }
 
+/** \brief Those of all \p totals that are summed at once. */
+template <typename Orders, bool user_mean, typename T, std::size_t... k>
+sycl::marray<T, sizeof...(k)> pick_totals(const sycl::marray<T, n_totals>& totals,
+                                          std::index_sequence<k...>) {
+    constexpr total_set set = totals_at_once<Orders, user_mean>();
+    return sycl::marray<T, sizeof...(k)>(totals[total_in(set, k)]...);
+}
+
+/**
+ * \brief Stores a group's sums, the dimension's and those of the weights, where they are in use. Straight on,
+ * without a branch: what has no place of its own goes where the first sum goes, and is it.
+ */
+template <typename Orders, typename Tmp, typename T, std::size_t n, std::size_t... k>
+void store_sums(const Tmp& tmp, const sycl::nd_item<1>& item, std::size_t d, const sycl::marray<T, n>& sums,
+                bool with_weights, std::index_sequence<k...>) {
+    constexpr total_set candidates = totals_at_once<Orders, Tmp::has_user_mean>();
+    const total_set used =
+        total_set_of(tmp.flags(), Tmp::has_user_mean) | select(with_weights, weight_totals, total_set(0));
+    const auto store = [&](unsigned total, T sum) {
+        const bool in_use = (used >> total & 1u) != 0;
+        const unsigned stored = select(in_use, total, 0u);
+        const std::size_t place =
+            total_row(tmp, stored, tmp.slot_of(stored), d, item.get_group_range(0)) + item.get_group(0);
+        total_array(tmp, stored)[place] = select(in_use, sum, sums[0]);
+    };
+    (store(total_in(candidates, k), sums[k]), ...);
+}
+
 /**
  * \brief Forms the totals of one element per work-item: the chain \p term, term * factor, term * factor *
- * factor, ..., each power from the one before, and the weights on the first dimension.
+ * factor, ..., each power from the one before, and the weights, which count on the first dimension. One reduction
+ * for all of them: its barriers cost more than sums that nobody needs. All work-items call it.
  */
 template <typename Orders, typename Tmp, typename T>
 void store_totals(const Tmp& tmp, const sycl::nd_item<1>& item, std::size_t d, T term, T factor, T w,
                   bool first) {
+    constexpr std::size_t n = n_totals_at_once<Orders, Tmp::has_user_mean>;
     const T power1 = term * factor;
     const T power2 = power1 * factor;
-    const T power3 = power2 * factor;
-    for_each_total<Orders>(tmp, tmp.has_weights && first, [&](unsigned total, std::size_t slot) {
-        T value = select(total == 1, power1, term);
-        value = select(total == 2, power2, value);
-        value = select(total == 3, power3, value);
-        value = select(total == weight_total, w, value);
-        value = select(total == weight_square_total, w * w, value);
-        sum_and_store(tmp, item, total, slot, d, value);
-    });
+    const auto slots = std::make_index_sequence<n>();
+    const auto values = pick_totals<Orders, Tmp::has_user_mean>(
+        sycl::marray<T, n_totals>(term, power1, power2, power2 * factor, w, w * w), slots);
+    const auto sums =
+        sycl::reduce_over_group(item.get_group(), values, sycl::marray<T, n>(T(0)), sycl::plus<>{});
+    if (item.get_local_id(0) == 0) {
+        store_sums<Orders>(tmp, item, d, sums, tmp.has_weights && first, slots);
+    }
 }
 
 /**

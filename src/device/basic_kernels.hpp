@@ -23,6 +23,12 @@ namespace aurelo::qtx::stats::detail::gpu {
 template <typename Functor>
 using functor_tmp = sum_tmp_helper<typename Functor::element_type, Functor::usm, Functor::user_mean>;
 
+/** \brief What the first kernel of a plan sums at once. */
+template <typename Functor>
+inline constexpr std::size_t
+    bytes_of_totals = n_totals_at_once<typename Functor::orders, Functor::user_mean> *
+                      sizeof(typename Functor::element_type);
+
 /** \brief Brings the tile of dimension \p d into local memory; surplus lanes get 0. */
 template <bool row_layout, typename Helper, typename T>
 void fetch_tile(const Helper& helper, const sycl::local_accessor<T, 1>& local, const sycl::nd_item<1>& item,
@@ -50,6 +56,7 @@ void finish(const Functor& functor, const functor_tmp<Functor>& tmp, const sycl:
 template <typename Functor, bool row_layout, bool index_64>
 struct basic_kernel_single_step {
     using element_type = typename Functor::element_type;
+    static constexpr std::size_t group_value_bytes = bytes_of_totals<Functor>;
 
     functor_helper<Functor, row_layout, index_64> helper;
     sycl::local_accessor<element_type, 1> local;
@@ -74,6 +81,7 @@ struct basic_kernel_single_step {
 template <typename Functor, bool row_layout, bool index_64>
 struct basic_kernel_first_step {
     using element_type = typename Functor::element_type;
+    static constexpr std::size_t group_value_bytes = bytes_of_totals<Functor>;
 
     functor_helper<Functor, row_layout, index_64> helper;
     sycl::local_accessor<element_type, 1> local;

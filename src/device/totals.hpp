@@ -45,6 +45,30 @@ constexpr unsigned lowest_total(total_set set) {
 }
 
 /**
+ * \brief The totals that the first kernel of a plan forms: those that the functor may need of a dimension, all of
+ * its kind if its outputs decide, and the weights'.
+ */
+template <typename Orders, bool user_mean>
+constexpr total_set totals_at_once() {
+    if constexpr (Orders::is_fixed) {
+        return total_set_of(Orders::flags, user_mean) | weight_totals;
+    } else {
+        return total_set_of({true, true, true}, user_mean) | weight_totals;
+    }
+}
+
+template <typename Orders, bool user_mean>
+inline constexpr std::size_t n_totals_at_once = std::popcount(totals_at_once<Orders, user_mean>());
+
+/** \brief The total at \p slot of \p set. */
+constexpr unsigned total_in(total_set set, std::size_t slot) {
+    for (; slot > 0; --slot) {
+        set &= set - 1;
+    }
+    return lowest_total(set);
+}
+
+/**
  * \brief Calls `visit(total, slot)` for every total in use. All work-items make the same calls, which may
  * hold group operations: fixed orders stand in a straight line, and whatever depends on run-time flags in one
  * loop that always runs at least once, since a barrier under a flag breaks OpenCL compilers for CPUs.
