@@ -23,7 +23,11 @@ public:
         check(bs_command_queue_create(context_, device_, 1, &queue_));
     }
 
-    // Context and queue stay to the end of the program: the library keeps what it has made of the context.
+    // The context stays to the end of the program: the library keeps what it has made of it.
+    ~basalt_device() override { bs_command_queue_destroy(queue_); }
+    basalt_device(const basalt_device&) = delete;
+    basalt_device& operator=(const basalt_device&) = delete;
+
     void* allocate(std::size_t bytes) override {
         void* memory = nullptr;
         check(bs_mem_alloc(context_, device_, BS_MEMORY_SHARED, bytes, 0, &memory));

@@ -62,6 +62,10 @@ public:
         work_group_limit = desc.max_work_group_size;
         name = "basalt";
     }
+    /// The context stays: the library keeps what it has made of it.
+    ~basalt_device() override { bs_command_queue_destroy(queue_); }
+    basalt_device(const basalt_device&) = delete;
+    basalt_device& operator=(const basalt_device&) = delete;
 
     interop_object interop() override {
         return interop_object(omptarget_interop_create_basalt(platform_, device_, context_, queue_, 0));
