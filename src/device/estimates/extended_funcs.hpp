@@ -12,6 +12,15 @@
 
 namespace aurelo::qtx::stats::detail::gpu::ex {
 
+/**
+ * \brief Stores a moment that several groups of a task have in common. On a queue out of order their kernels may run
+ * beside each other, and all store the same bits.
+ */
+template <typename T, typename Ptr>
+void store_shared(bool stores, Ptr out, unsigned long dim, T value) {
+    store_if(stores, out, dim, value);
+}
+
 template <typename T, bool is_usm>
 struct variation_func_fast;
 template <typename T, bool is_usm>
@@ -34,8 +43,8 @@ struct variation_func_fast<T, true> {
     void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
         const auto s = read_shape(tmp, dim);
         const power_totals<T> raw(tmp, dim);
-        store_if(stores, mean, dim, s.central.mean());
-        store_if(stores, raw2, dim, raw.s2 / s.weight);
+        store_shared(stores, mean, dim, s.central.mean());
+        store_shared(stores, raw2, dim, raw.s2 / s.weight);
         store_if(stores, out, dim, variation_of(s.central.order2(), s.factor, s.central.mean()));
     }
 
@@ -50,9 +59,9 @@ struct skewness_func_fast_base {
                     Ptr raw2, Ptr raw3, Ptr out) const {
         const auto s = read_shape(tmp, dim);
         const power_totals<T> raw(tmp, dim);
-        store_if(stores, mean, dim, s.central.mean());
-        store_if(stores, raw2, dim, raw.s2 / s.weight);
-        store_if(stores, raw3, dim, raw.s3 / s.weight);
+        store_shared(stores, mean, dim, s.central.mean());
+        store_shared(stores, raw2, dim, raw.s2 / s.weight);
+        store_shared(stores, raw3, dim, raw.s3 / s.weight);
         store_if(stores, out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
     }
 };
@@ -81,10 +90,10 @@ struct kurtosis_func_fast_base {
                     Ptr raw2, Ptr raw3, Ptr raw4, Ptr out) const {
         const auto s = read_shape(tmp, dim);
         const power_totals<T> raw(tmp, dim);
-        store_if(stores, mean, dim, s.central.mean());
-        store_if(stores, raw2, dim, raw.s2 / s.weight);
-        store_if(stores, raw3, dim, raw.s3 / s.weight);
-        store_if(stores, raw4, dim, raw.s4 / s.weight);
+        store_shared(stores, mean, dim, s.central.mean());
+        store_shared(stores, raw2, dim, raw.s2 / s.weight);
+        store_shared(stores, raw3, dim, raw.s3 / s.weight);
+        store_shared(stores, raw4, dim, raw.s4 / s.weight);
         store_if(stores, out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
     }
 };
@@ -112,10 +121,10 @@ struct kurtosis_func_fast<T, true> : kurtosis_func_fast_base<T, T*> {
 template <typename T, typename Flags, typename Ptr>
 void store_raw_moments(const power_totals<T>& raw, T weight, T mean, const Flags& flags, unsigned long dim,
                        bool stores, Ptr mean_out, Ptr raw2, Ptr raw3, Ptr raw4) {
-    store_if(stores, mean_out, dim, mean);
-    store_if(stores, raw2, dim, raw.s2 / weight);
-    store_if(stores && (flags.has_order3 || flags.has_order4), raw3, dim, raw.s3 / weight);
-    store_if(stores && flags.has_order4, raw4, dim, raw.s4 / weight);
+    store_shared(stores, mean_out, dim, mean);
+    store_shared(stores, raw2, dim, raw.s2 / weight);
+    store_shared(stores && (flags.has_order3 || flags.has_order4), raw3, dim, raw.s3 / weight);
+    store_shared(stores && flags.has_order4, raw4, dim, raw.s4 / weight);
 }
 
 template <typename T, typename Ptr>
