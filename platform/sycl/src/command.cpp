@@ -1,8 +1,10 @@
 #include "command.hpp"
 
+#include "host_threads.hpp"
 #include "queue_impl.hpp"
 
 #include <algorithm>
+#include <new>
 #include <unordered_set>
 #include <utility>
 
@@ -16,7 +18,7 @@ std::mutex& graph_lock() {
 namespace {
 
 /// The failure of a command whose dependency failed, in words that tell the first cause.
-std::exception_ptr not_run(const std::exception_ptr& cause) {
+std::exception_ptr not_run(const std::exception_ptr& cause) try {
     std::string why = "unknown exception";
     try {
         std::rethrow_exception(cause);
@@ -26,6 +28,8 @@ std::exception_ptr not_run(const std::exception_ptr& cause) {
     }
     return std::make_exception_ptr(
         exception(errc::runtime, "not run, since a command that it depends on failed: " + why));
+} catch (const std::bad_alloc&) {
+    return cause;
 }
 
 } // namespace
@@ -33,6 +37,20 @@ std::exception_ptr not_run(const std::exception_ptr& cause) {
 command::command(std::shared_ptr<queue_impl> queue)
     : queue_(std::move(queue)), origin_(queue_), internal_(queue_ == nullptr),
       backend_(queue_ == nullptr ? sycl::backend::host : queue_->device()->get_backend()) {}
+
+void command::set_host_task(std::shared_ptr<host_task_box> task) {
+    host_task_ = task.get();
+    keep(std::move(task));
+    set_action([](const std::shared_ptr<command>& self) {
+        try {
+            post_to_host_threads([self] { self->run_host_task(); });
+        } catch (...) {
+            if (self->begin_host_task()) {
+                throw; // else a thread that waits runs it already
+            }
+        }
+    });
+}
 
 void command::submit(const std::vector<std::shared_ptr<command>>& needed,
                      const std::vector<std::shared_ptr<command>>& earlier,
@@ -180,40 +198,37 @@ void command::finish(std::exception_ptr error) {
     }
     action_ = nullptr;
     resources_.clear();
-    std::vector<signal> signals;
-    const auto ready = complete_and_release(error, signals);
+    const auto [ready, signals] = complete_and_release(error);
     // Outside the lock of the graph: a driver may call back from here.
     for (const auto& [event, tells_failure] : signals) {
         event->end(error == nullptr || !tells_failure);
     }
+    if (ends_native_event_) {
+        native_event_->end(error == nullptr);
+    }
     for (const auto& next : ready) {
-        next->proceed();
+        next.waiting->proceed();
     }
     if (const auto queue = std::move(queue_)) {
         queue->forget(self);
     }
 }
 
-std::vector<std::shared_ptr<command>> command::complete_and_release(const std::exception_ptr& error,
-                                                                    std::vector<signal>& signals) {
-    std::vector<std::shared_ptr<command>> ready;
+/// Allocates nothing: a command ends whatever happens. Returns the dependents that nothing else keeps from starting.
+std::pair<std::vector<command::dependent>, std::vector<command::signal>>
+command::complete_and_release(const std::exception_ptr& error) {
     const std::lock_guard guard(graph_lock());
     error_ = error;
-    signals.swap(signals_);
-    if (ends_native_event_) {
-        signals.push_back({native_event_, true});
-    }
     enter(state::complete);
     dependencies_.clear();
-    for (auto& [waiting, needs_success] : std::exchange(dependents_, {})) {
-        if (needs_success && error != nullptr) {
-            waiting->failed_dependency_ = error;
+    auto ready = std::exchange(dependents_, {});
+    std::erase_if(ready, [&](const dependent& each) {
+        if (each.needs_success && error != nullptr) {
+            each.waiting->failed_dependency_ = error;
         }
-        if (--waiting->unmet_ == 0) {
-            ready.push_back(std::move(waiting));
-        }
-    }
-    return ready;
+        return --each.waiting->unmet_ != 0;
+    });
+    return {std::move(ready), std::exchange(signals_, {})};
 }
 
 void command::enter(state next) {
@@ -232,27 +247,73 @@ info::event_command_status command::status() const {
     }
 }
 
-void command::wait() const {
+void command::wait() {
+    wait_for_start();
+    // Waking a thread of the pool takes longer than a short task does.
+    run_host_task();
     for (auto now = state_.load(std::memory_order_acquire); now != state::complete;
          now = state_.load(std::memory_order_acquire)) {
         state_.wait(now, std::memory_order_acquire);
     }
 }
 
-void command::wait_for_start() const {
+void command::wait_for_start() {
+    if (state_.load(std::memory_order_acquire) == state::waiting) {
+        run_next_host_tasks();
+    }
     state_.wait(state::waiting, std::memory_order_acquire);
 }
 
-std::vector<std::shared_ptr<command>> command::waiting_for() {
+/// Runs what this command waits for, if it is ready: no more than that, since the user decides how deep a chain goes.
+void command::run_next_host_tasks() {
+    std::vector<std::shared_ptr<command>> next;
+    try {
+        next = unfinished_dependencies();
+    } catch (const std::bad_alloc&) {
+        return; // the threads of the pool get there too
+    }
+    for (const auto& other : next) {
+        other->run_host_task();
+    }
+}
+
+/// Whether the calling thread is the one to run the host task, if there is any.
+bool command::begin_host_task() {
+    // One that was not started may have failed without running.
+    return host_task_ != nullptr && state_.load(std::memory_order_acquire) == state::running &&
+           !host_task_begun_.exchange(true);
+}
+
+void command::run_host_task() {
+    if (!begin_host_task()) {
+        return;
+    }
+    const runtime_thread_scope scope;
+    std::exception_ptr error;
+    try {
+        host_task_->run();
+    } catch (...) {
+        error = std::current_exception();
+    }
+    finish(error);
+}
+
+std::vector<std::shared_ptr<command>> command::unfinished_dependencies() {
     std::vector<std::shared_ptr<command>> result;
     const std::lock_guard guard(graph_lock());
     for (const auto& weak : dependencies_) {
         auto other = weak.lock();
         const bool listed = std::find(result.begin(), result.end(), other) != result.end();
-        if (other != nullptr && !other->internal_ && !other->complete() && !listed) {
+        if (other != nullptr && !other->complete() && !listed) {
             result.push_back(std::move(other));
         }
     }
+    return result;
+}
+
+std::vector<std::shared_ptr<command>> command::waiting_for() {
+    auto result = unfinished_dependencies();
+    std::erase_if(result, [](const auto& other) { return other->internal_; });
     return result;
 }
 

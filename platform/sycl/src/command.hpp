@@ -3,11 +3,14 @@
 #include "buffer_impl.hpp"
 #include "driver.hpp"
 
+#include <sycl/handler.hpp>
+
 #include <atomic>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace sycl::detail {
@@ -38,6 +41,8 @@ public:
         action_ = std::move(what);
         native_action_ = native;
     }
+    /// \p task, which the command keeps, runs on a thread of the runtime, or on one that waits for the command.
+    void set_host_task(std::shared_ptr<host_task_box> task);
     bool has_action() const { return action_ != nullptr; }
     /// Keeps \p resource alive until the command has run.
     void keep(std::shared_ptr<void> resource) { resources_.push_back(std::move(resource)); }
@@ -64,9 +69,11 @@ public:
 
     info::event_command_status status() const;
     bool complete() const { return state_.load(std::memory_order_acquire) == state::complete; }
-    void wait() const;
-    /// Blocks until the command has started, for commands that run on the caller's thread.
-    void wait_for_start() const;
+    /// Blocks until the command has completed. The caller's thread runs the command, or those right before it,
+    /// if they are host tasks that may run and that no thread has begun.
+    void wait();
+    /// Blocks until the command has started; the caller's thread helps as in wait().
+    void wait_for_start();
 
     /// The commands of users that this one waits for directly, without those that have completed.
     std::vector<std::shared_ptr<command>> waiting_for();
@@ -93,9 +100,13 @@ private:
     void start();
     void hand_over();
     void proceed();
+    bool begin_host_task();
+    void run_host_task();
+    void run_next_host_tasks();
+    std::vector<std::shared_ptr<command>> unfinished_dependencies();
     void enter(state next);
-    std::vector<std::shared_ptr<command>> complete_and_release(const std::exception_ptr& error,
-                                                               std::vector<signal>& signals);
+    std::pair<std::vector<dependent>, std::vector<signal>>
+    complete_and_release(const std::exception_ptr& error);
 
     // A running command keeps its queue. A finished one does not: it may go while the graph lock is held, and
     // the end of a queue calls the user's handler.
@@ -105,6 +116,8 @@ private:
     const sycl::backend backend_;
     action action_;
     bool native_action_ = false;
+    host_task_box* host_task_ = nullptr; ///< among the resources
+    std::atomic<bool> host_task_begun_{false};
     std::vector<std::shared_ptr<void>> resources_;
     std::vector<std::shared_ptr<backend_event>> wait_list_;
     std::atomic<state> state_{state::waiting};

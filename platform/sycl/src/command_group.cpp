@@ -1,6 +1,5 @@
 #include "command_group.hpp"
 
-#include "host_threads.hpp"
 #include "kernel_name.hpp"
 
 #include <algorithm>
@@ -89,10 +88,14 @@ std::size_t command_group::reserve_local(std::size_t bytes, std::size_t alignmen
     return offset;
 }
 
-void command_group::set_action(command::action what, bool native) {
+void command_group::refuse_second_action() const {
     if (command_->has_action()) {
         throw exception(errc::invalid, "a command group has one action, a second one was given");
     }
+}
+
+void command_group::set_action(command::action what, bool native) {
+    refuse_second_action();
     command_->set_action(std::move(what), native);
 }
 
@@ -136,19 +139,8 @@ void command_group::set_kernel(const nd_range<1>& space, std::unique_ptr<kernel_
 }
 
 void command_group::set_host_task(std::unique_ptr<host_task_box> body) {
-    const std::shared_ptr<host_task_box> kept = std::move(body);
-    command_->keep(kept);
-    set_action([task = kept.get()](const std::shared_ptr<class command>& self) {
-        post_to_host_threads([task, self] {
-            std::exception_ptr error;
-            try {
-                task->run();
-            } catch (...) {
-                error = std::current_exception();
-            }
-            self->finish(error);
-        });
-    });
+    refuse_second_action();
+    command_->set_host_task(std::move(body));
 }
 
 void command_group::set_copy(const memory_copy& what) {

@@ -38,6 +38,7 @@ public:
     static command_group*& current();
 
 private:
+    void refuse_second_action() const;
     void set_action(command::action what, bool native = false);
     /// An action that the queue's back end carries out, as `what(native queue, command)`.
     template <typename Action>

@@ -24,7 +24,10 @@ void event::wait(const std::vector<event>& events) {
 }
 
 void event::wait_and_throw() {
-    wait_and_throw({*this});
+    wait();
+    if (const auto queue = impl_ == nullptr ? nullptr : impl_->queue()) {
+        queue->throw_asynchronous();
+    }
 }
 
 void event::wait_and_throw(const std::vector<event>& events) {

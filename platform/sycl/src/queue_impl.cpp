@@ -62,6 +62,12 @@ std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>&
 std::shared_ptr<command> queue_impl::enqueue(const std::shared_ptr<command>& next) {
     const std::lock_guard guard(lock_);
     in_flight_.insert(next);
+    try {
+        errors_.reserve(errors_.size() + in_flight_.size());
+    } catch (...) {
+        in_flight_.erase(next);
+        throw;
+    }
     return in_order_ ? std::exchange(last_, next) : nullptr;
 }
 
@@ -86,6 +92,7 @@ void queue_impl::wait() {
 
 void queue_impl::report(std::exception_ptr error) {
     const std::lock_guard guard(lock_);
+    // There is room for an error of every command in flight.
     errors_.push_back(std::move(error));
 }
 
@@ -93,10 +100,11 @@ void queue_impl::throw_asynchronous() {
     std::vector<std::exception_ptr> errors;
     {
         const std::lock_guard guard(lock_);
-        errors.swap(errors_);
-    }
-    if (errors.empty()) {
-        return;
+        if (errors_.empty()) {
+            return;
+        }
+        errors.assign(errors_.begin(), errors_.end());
+        errors_.clear();
     }
     const exception_list list(std::move(errors));
     if (handler_) {
