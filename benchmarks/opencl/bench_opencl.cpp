@@ -1,12 +1,14 @@
 // The device path on an OpenCL device presented as a GPU: kurtosis beside transform_reduce of Boost.Compute, mean beside
 // a kernel that only reads. One process, interleaved, medians.
 #include "../rounds.hpp"
+#include "../write_report.hpp"
 #include "opencl_side.hpp"
 
 #include <stats/stats.hpp>
 #include <sycl/interop_opencl.hpp>
 #include <sycl/sycl.hpp>
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <cmath>
@@ -98,14 +100,29 @@ void require_alike(const std::vector<T>& a, const std::vector<T>& b, double tole
     }
 }
 
-void print_line(const char* type, const char* layout, const char* what, double first,
-                const bench::sandwich& r) {
-    fmt::print("{:<7} {:<15} {:<24} {:>9.1f} {:>9.2f} {:>11.3f} {:>9.2f}\n", type, layout, what, first * 1e3,
-               r.seconds * 1e3, r.seconds * 1e9 / (n_dims * n_observations), 1 / r.ratio);
+struct line {
+    const char* name;
+    double first; ///< seconds of the first call
+    bench::sandwich measured;
+};
+
+nlohmann::json print_and_report(const char* type, const char* layout, const std::vector<line>& lines) {
+    nlohmann::json sides = nlohmann::json::array();
+    for (const auto& [name, first, r] : lines) {
+        const double per_element = r.seconds * 1e9 / (n_dims * n_observations);
+        fmt::print("{:<7} {:<15} {:<24} {:>9.1f} {:>9.2f} {:>11.3f} {:>9.2f}\n", type, layout, name,
+                   first * 1e3, r.seconds * 1e3, per_element, 1 / r.ratio);
+        sides.push_back({{"name", name},
+                         {"first_seconds", first},
+                         {"seconds", r.seconds},
+                         {"nanoseconds_per_element", per_element},
+                         {"limits", 1 / r.ratio}});
+    }
+    return {{"type", type}, {"layout", layout}, {"sides", sides}};
 }
 
 template <typename T, stats::layout L>
-void compare(sycl::queue& queue, const char* type) {
+nlohmann::json compare(sycl::queue& queue, const char* type) {
     constexpr bool by_dimension = L == stats::layout::by_dimension;
     const char* const layout = by_dimension ? "by_dimension" : "by_observation";
     const auto values = random_values<T>();
@@ -127,36 +144,45 @@ void compare(sycl::queue& queue, const char* type) {
     const auto measured =
         bench::measure_rounds({[&] { library.mean(); }, [&] { library.kurtosis(); }, [&] { peer(); }},
                               [&] { limit(); }, {n_samples, n_samples, 60});
-    const auto& m = measured[0].result;
-    print_line(type, layout, "plain sum (limit)", first_sum, {1, 1, 1, m.limit, m.limit});
-    print_line(type, layout, "mean", first_mean, m);
-    print_line(type, layout, "kurtosis", first_kurtosis, measured[1].result);
-    print_line(type, layout, "kurtosis, Boost.Compute", first_peer, measured[2].result);
+    const double limit_seconds = measured[0].result.limit;
+    auto row = print_and_report(type, layout,
+                                {{"plain sum (limit)", first_sum, {1, 1, 1, limit_seconds, limit_seconds}},
+                                 {"mean", first_mean, measured[0].result},
+                                 {"kurtosis", first_kurtosis, measured[1].result},
+                                 {"kurtosis, Boost.Compute", first_peer, measured[2].result}});
     fmt::print("{:<7} {:<15} Boost.Compute / kurtosis: {:.2f}\n", type, layout,
                measured[2].result.seconds / measured[1].result.seconds);
+    return row;
 }
 
-void run() {
+nlohmann::json run() {
     sycl::queue queue(sycl::gpu_selector_v);
     if (queue.get_backend() != sycl::backend::opencl) {
         throw std::runtime_error("this machine has no OpenCL device");
     }
-    fmt::print("{} dimensions of {} observations on {}, median of {}\n\n", n_dims, n_observations,
-               queue.get_device().get_info<sycl::info::device::name>(), n_samples);
+    const auto device = queue.get_device().get_info<sycl::info::device::name>();
+    fmt::print("{} dimensions of {} observations on {}, median of {}\n\n", n_dims, n_observations, device,
+               n_samples);
     fmt::print("{:<7} {:<15} {:<24} {:>9} {:>9} {:>11} {:>9}\n", "type", "layout", "", "first, ms",
                "warm, ms", "ns/element", "/ limit");
-    compare<float, stats::layout::by_dimension>(queue, "float");
-    compare<float, stats::layout::by_observation>(queue, "float");
-    compare<double, stats::layout::by_dimension>(queue, "double");
-    compare<double, stats::layout::by_observation>(queue, "double");
+    nlohmann::json rows = nlohmann::json::array();
+    rows.push_back(compare<float, stats::layout::by_dimension>(queue, "float"));
+    rows.push_back(compare<float, stats::layout::by_observation>(queue, "float"));
+    rows.push_back(compare<double, stats::layout::by_dimension>(queue, "double"));
+    rows.push_back(compare<double, stats::layout::by_observation>(queue, "double"));
+    return {{"device", device}, {"dims", n_dims}, {"observations", n_observations}, {"rows", rows}};
 }
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    CLI::App app("The device path on an OpenCL device beside Boost.Compute and a kernel that only reads.");
+    std::string json;
+    app.add_option("--json", json, "also write all results to this file");
+    CLI11_PARSE(app, argc, argv);
     setenv("SYCL_OPENCL_DEVICE_TYPE", "gpu", 0);
     try {
-        run();
+        bench::write_report(run(), json);
     } catch (const std::exception& error) {
         fmt::print(stderr, "bench_opencl: {}\n", error.what());
         return 1;

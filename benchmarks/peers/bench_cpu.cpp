@@ -5,12 +5,12 @@
 #include "pool.hpp"
 #include "read_limit.hpp"
 #include "small_calls.hpp"
+#include "write_report.hpp"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
 #include <fmt/format.h>
-#include <fstream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <omp.h>
@@ -172,13 +172,7 @@ void run(const options& o) {
     if (std::string("small").find(o.only) != std::string::npos) {
         report["small_calls"] = small_calls(queue);
     }
-    if (!o.json.empty()) {
-        std::ofstream file(o.json);
-        file << report.dump(1) << '\n';
-        if (!file.flush()) {
-            throw std::runtime_error(fmt::format("cannot write '{}'", o.json));
-        }
-    }
+    bench::write_report(report, o.json);
 }
 
 } // namespace

@@ -1,0 +1,108 @@
+#include "side_by_side.hpp"
+
+#include "libraries.hpp"
+#include "ours.hpp"
+#include "read_limit.hpp"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+#include <omp.h>
+#include <stdexcept>
+
+namespace peers {
+namespace {
+
+constexpr estimate asked = estimate::kurtosis;
+constexpr double digits_wanted = 10;
+
+volatile double sink;
+
+job repeated(const job& call, std::int64_t times) {
+    return [&call, times] {
+        for (std::int64_t i = 0; i < times; ++i) {
+            call();
+        }
+    };
+}
+
+} // namespace
+
+side_by_side::side_by_side(const sycl::queue& queue, const matrix<double>& m)
+    : m_(m), reference_(reference_of(asked, reference_totals(m))) {
+    add("USM", false, [&](double* out) { return ours_usm(queue, asked, m, out); });
+    add("buffer", false, [&](double* out) { return ours_buffer(queue, asked, m, out); });
+    add("component", false, [&](double* out) { return component(asked, m, out); });
+    add_peers(1, "");
+    if (omp_get_max_threads() > 1) {
+        add_peers(omp_get_max_threads(), fmt::format(" x{}", omp_get_max_threads()));
+    }
+}
+
+template <class Make>
+void side_by_side::add(const std::string& name, bool peer, Make&& make) {
+    side s{name, peer, {}, std::vector<double>(reference_.size())};
+    s.run = make(s.values.data());
+    sides_.push_back(std::move(s));
+}
+
+void side_by_side::add_peers(int threads, const std::string& suffix) {
+    add("Eigen loop" + suffix, true, [&](double* out) { return eigen_loop(asked, m_, threads, out); });
+    add("Eigen" + suffix, true, [&](double* out) { return eigen_expressions(asked, m_, threads, out); });
+    add("Armadillo" + suffix, true, [&](double* out) { return armadillo(asked, m_, threads, out); });
+    add("GSL" + suffix, true, [&](double* out) { return gsl(asked, m_, threads, out); });
+    add("Boost" + suffix, true, [&](double* out) { return boost_accumulators(asked, m_, threads, out); });
+}
+
+void side_by_side::measure(const bench::round_plan& plan, double sample_seconds) {
+    const auto bytes = static_cast<std::size_t>(m_.dims * m_.observations) * sizeof(double);
+    const job limit = [this, bytes] { sink = bench::read_memory(m_.data, bytes); };
+    std::vector<std::int64_t> repeats;
+    std::vector<job> jobs;
+    for (const side& s : sides_) {
+        s.run();
+        const double once = std::max(bench::seconds(s.run), 1e-9);
+        repeats.push_back(
+            std::clamp<std::int64_t>(static_cast<std::int64_t>(sample_seconds / once), 1, 1000));
+        jobs.push_back(repeated(s.run, repeats.back()));
+    }
+    const auto measured = bench::measure_rounds(jobs, limit, plan);
+    limit_seconds_ = measured.front().result.limit;
+    for (std::size_t i = 0; i < sides_.size(); ++i) {
+        sides_[i].seconds = measured[i].result.seconds / static_cast<double>(repeats[i]);
+        sides_[i].digits = digits_of(asked, sides_[i].values.data(), reference_, false);
+    }
+}
+
+const side_by_side::side& side_by_side::named(const std::string& name) const {
+    return *std::find_if(sides_.begin(), sides_.end(), [&](const side& s) { return s.name == name; });
+}
+
+const side_by_side::side& side_by_side::best_peer() const {
+    const side* best = nullptr;
+    for (const side& s : sides_) {
+        if (s.peer && s.digits >= digits_wanted && (!best || s.seconds < best->seconds)) {
+            best = &s;
+        }
+    }
+    if (!best) {
+        throw std::logic_error(
+            fmt::format("no peer has {} digits of {} x {}", digits_wanted, m_.dims, m_.observations));
+    }
+    return *best;
+}
+
+nlohmann::json side_by_side::to_json() const {
+    nlohmann::json sides = nlohmann::json::array();
+    for (const side& s : sides_) {
+        sides.push_back({{"name", s.name}, {"seconds", s.seconds}, {"digits", s.digits}});
+    }
+    return {{"dims", m_.dims},
+            {"observations", m_.observations},
+            {"layout", m_.by_dimension ? "by_dimension" : "by_observation"},
+            {"limit_seconds", limit_seconds_},
+            {"best_peer", best_peer().name},
+            {"sides", sides}};
+}
+
+} // namespace peers
