@@ -34,6 +34,11 @@ QTX_STATS_EXPORT void central_moment(sycl::queue& queue, const dataset<L, sycl::
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset
+ * \param central_moment_2 output of order 2, `n_dims` elements; not optional
+ * \param central_moment_3 output of order 3, `n_dims` elements or absent
+ * \param central_moment_4 output of order 4, `n_dims` elements or absent
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if central_moment_2 is absent, or (GPU) a count of the dataset is below 1
@@ -45,7 +50,12 @@ QTX_STATS_EXPORT sycl::event central_moment(sycl::queue& queue, const dataset<L,
 
 /**
  * \brief Central moments of order 2 to 4 about a mean given by the caller.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; tested for nothing
+ * \param data the dataset
+ * \param central_moment_2 output of order 2, `n_dims` elements; not optional
+ * \param central_moment_3 output of order 3, `n_dims` elements or absent
+ * \param central_moment_4 output of order 4, `n_dims` elements or absent
  * \throws invalid_argument as above, then if the mean has size 0
  *
  * The denominators are those above.
@@ -59,7 +69,13 @@ QTX_STATS_EXPORT void central_moment(sycl::queue& queue, sycl::buffer<T, 1> mean
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; whatever computes it belongs to the dependencies
+ * \param data the dataset
+ * \param central_moment_2 output of order 2, `n_dims` elements; not optional
+ * \param central_moment_3 output of order 3, `n_dims` elements or absent
+ * \param central_moment_4 output of order 4, `n_dims` elements or absent
+ * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument as above, then if the mean is null
  */

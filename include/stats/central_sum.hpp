@@ -33,6 +33,11 @@ QTX_STATS_EXPORT void central_sum(sycl::queue& queue, const dataset<L, sycl::buf
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset
+ * \param central_sum_2 output of order 2, `n_dims` elements; not optional
+ * \param central_sum_3 output of order 3, `n_dims` elements or absent
+ * \param central_sum_4 output of order 4, `n_dims` elements or absent
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if central_sum_2 is absent, or (GPU) a count of the dataset is below 1
@@ -44,7 +49,12 @@ QTX_STATS_EXPORT sycl::event central_sum(sycl::queue& queue, const dataset<L, T*
 
 /**
  * \brief Central sums of order 2 to 4 about a mean given by the caller.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; tested for nothing
+ * \param data the dataset
+ * \param central_sum_2 output of order 2, `n_dims` elements; not optional
+ * \param central_sum_3 output of order 3, `n_dims` elements or absent
+ * \param central_sum_4 output of order 4, `n_dims` elements or absent
  * \throws invalid_argument as above, then if the mean has size 0
  *
  * Order k is the sum of w * (x - mean)^k.
@@ -58,7 +68,13 @@ QTX_STATS_EXPORT void central_sum(sycl::queue& queue, sycl::buffer<T, 1> mean,
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; whatever computes it belongs to the dependencies
+ * \param data the dataset
+ * \param central_sum_2 output of order 2, `n_dims` elements; not optional
+ * \param central_sum_3 output of order 3, `n_dims` elements or absent
+ * \param central_sum_4 output of order 4, `n_dims` elements or absent
+ * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument as above, then if the mean is null
  */

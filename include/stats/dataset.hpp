@@ -34,6 +34,7 @@ template <layout L, typename T>
 struct dataset<L, sycl::buffer<T, 1>> {
     static_assert(std::is_same_v<T, float> || std::is_same_v<T, double>, "datasets hold float or double");
 
+    /** \brief The members from the arguments in their order; nothing is checked or copied. */
     dataset(std::int64_t dimension_count, std::int64_t observation_count, sycl::buffer<T, 1> matrix,
             sycl::buffer<T, 1> observation_weights = sycl::buffer<T, 1>(sycl::range<1>(0)),
             sycl::buffer<std::int64_t, 1> mask = sycl::buffer<std::int64_t, 1>(sycl::range<1>(0)))
@@ -55,6 +56,7 @@ template <layout L, typename T>
 struct dataset<L, T*> {
     static_assert(std::is_same_v<T, float> || std::is_same_v<T, double>, "datasets hold float or double");
 
+    /** \brief The members from the arguments in their order; nothing is checked or copied. */
     dataset(std::int64_t dimension_count, std::int64_t observation_count, T* matrix,
             T* observation_weights = nullptr, std::int64_t* mask = nullptr)
         : n_dims(dimension_count), n_observations(observation_count), observations(matrix),

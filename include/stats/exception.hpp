@@ -39,6 +39,7 @@ private:
 /** \brief An argument of a call cannot be used; the detail names it. */
 class QTX_STATS_EXPORT invalid_argument : public exception {
 public:
+    /** \brief Composes the message from its parts, see exception. */
     invalid_argument(const std::string& domain, const std::string& function, const std::string& detail);
     invalid_argument(const invalid_argument&) = default;
     invalid_argument& operator=(const invalid_argument&) = default;
@@ -48,6 +49,7 @@ public:
 /** \brief The queue's device is neither a CPU nor a GPU; the message names it. */
 class QTX_STATS_EXPORT unsupported_device : public exception {
 public:
+    /** \brief Composes the message from its parts, see exception, and the name of \p device. */
     unsupported_device(const std::string& domain, const std::string& function, const sycl::device& device);
     unsupported_device(const unsupported_device&) = default;
     unsupported_device& operator=(const unsupported_device&) = default;
@@ -57,6 +59,7 @@ public:
 /** \brief A computation on a CPU device failed. Delivered through the queue's asynchronous handler. */
 class QTX_STATS_EXPORT computation_error : public exception {
 public:
+    /** \brief Composes the message from its parts, see exception. */
     computation_error(const std::string& domain, const std::string& function, const std::string& detail);
     computation_error(const computation_error&) = default;
     computation_error& operator=(const computation_error&) = default;
@@ -66,6 +69,7 @@ public:
 /** \brief The combination of method and device does not exist. */
 class QTX_STATS_EXPORT unimplemented : public exception {
 public:
+    /** \brief Composes the message from its parts, see exception. */
     unimplemented(const std::string& domain, const std::string& function, const std::string& detail);
     unimplemented(const unimplemented&) = default;
     unimplemented& operator=(const unimplemented&) = default;
@@ -75,6 +79,7 @@ public:
 /** \brief Scratch memory for a call could not be allocated; the message names the device. */
 class QTX_STATS_EXPORT device_bad_alloc : public exception {
 public:
+    /** \brief Composes the message from its parts, see exception, and the name of \p device. */
     device_bad_alloc(const std::string& domain, const std::string& function, const sycl::device& device);
     device_bad_alloc(const device_bad_alloc&) = default;
     device_bad_alloc& operator=(const device_bad_alloc&) = default;

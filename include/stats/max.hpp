@@ -30,6 +30,9 @@ QTX_STATS_EXPORT void max(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset
+ * \param max output, `n_dims` elements
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if the output is null, or (GPU) a count of the dataset is below 1

@@ -30,6 +30,10 @@ QTX_STATS_EXPORT void min_max(sycl::queue& queue, const dataset<L, sycl::buffer<
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset
+ * \param min output, `n_dims` elements
+ * \param max output, `n_dims` elements
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if an output is null (min is tested first), or (GPU) a count of the dataset is

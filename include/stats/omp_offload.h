@@ -50,25 +50,33 @@ extern "C" {
 
 /** \name By value */
 /**@{*/
+/** \brief double, 64-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_dSSCompute_omp_offload_ilp64(void* task, unsigned long long estimates,
                                                           long long method, void* interop);
+/** \brief float, 64-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_sSSCompute_omp_offload_ilp64(void* task, unsigned long long estimates,
                                                           long long method, void* interop);
+/** \brief double, 32-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_dSSCompute_omp_offload_lp64(void* task, unsigned long long estimates, int method,
                                                          void* interop);
+/** \brief float, 32-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_sSSCompute_omp_offload_lp64(void* task, unsigned long long estimates, int method,
                                                          void* interop);
 /**@}*/
 
 /** \name By reference */
 /**@{*/
+/** \brief double, 64-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_dsscompute_omp_offload(void* const* task, const unsigned long long* estimates,
                                                     const long long* method, void* interop);
+/** \brief float, 64-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_ssscompute_omp_offload(void* const* task, const unsigned long long* estimates,
                                                     const long long* method, void* interop);
+/** \brief double, 32-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_dsscompute_omp_offload_lp64(void* const* task,
                                                          const unsigned long long* estimates,
                                                          const int* method, void* interop);
+/** \brief float, 32-bit integers */
 QTX_STATS_EXPORT int qtx_tsb_ssscompute_omp_offload_lp64(void* const* task,
                                                          const unsigned long long* estimates,
                                                          const int* method, void* interop);

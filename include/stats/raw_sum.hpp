@@ -33,6 +33,12 @@ QTX_STATS_EXPORT void raw_sum(sycl::queue& queue, const dataset<L, sycl::buffer<
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset
+ * \param sum output of order 1, `n_dims` elements; not optional
+ * \param raw_sum_2 output of order 2, `n_dims` elements or absent
+ * \param raw_sum_3 output of order 3, `n_dims` elements or absent
+ * \param raw_sum_4 output of order 4, `n_dims` elements or absent
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if sum is absent, or (GPU) a count of the dataset is below 1

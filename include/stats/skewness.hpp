@@ -28,6 +28,9 @@ QTX_STATS_EXPORT void skewness(sycl::queue& queue, const dataset<L, sycl::buffer
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset
+ * \param skewness output, `n_dims` elements
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if the output is null, or (GPU) a count of the dataset is below 1
@@ -38,7 +41,10 @@ QTX_STATS_EXPORT sycl::event skewness(sycl::queue& queue, const dataset<L, T*>& 
 
 /**
  * \brief Skewness about a mean given by the caller.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; tested for nothing
+ * \param data the dataset
+ * \param skewness output, `n_dims` elements
  * \throws invalid_argument as above, then if the mean has size 0
  *
  * Variance and third moment are taken about the given mean.
@@ -50,7 +56,11 @@ QTX_STATS_EXPORT void skewness(sycl::queue& queue, sycl::buffer<T, 1> mean,
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; whatever computes it belongs to the dependencies
+ * \param data the dataset
+ * \param skewness output, `n_dims` elements
+ * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument as above, then if the mean is null
  */

@@ -29,6 +29,9 @@ QTX_STATS_EXPORT void variation(sycl::queue& queue, const dataset<L, sycl::buffe
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset
+ * \param variation output, `n_dims` elements
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if the output is null, or (GPU) a count of the dataset is below 1
@@ -39,7 +42,10 @@ QTX_STATS_EXPORT sycl::event variation(sycl::queue& queue, const dataset<L, T*>&
 
 /**
  * \brief Coefficient of variation about a mean given by the caller.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; tested for nothing
+ * \param data the dataset
+ * \param variation output, `n_dims` elements
  * \throws invalid_argument as above, then if the mean has size 0
  *
  * The variance is taken about the given mean, and divided by it.
@@ -51,7 +57,11 @@ QTX_STATS_EXPORT void variation(sycl::queue& queue, sycl::buffer<T, 1> mean,
 
 /**
  * \brief The same in unified shared memory.
+ * \param queue a queue on a CPU or GPU device
  * \param mean input, `n_dims` elements; whatever computes it belongs to the dependencies
+ * \param data the dataset
+ * \param variation output, `n_dims` elements
+ * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument as above, then if the mean is null
  */
