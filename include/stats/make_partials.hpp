@@ -200,11 +200,9 @@ struct center {
         const double square = p.weight * d * d;
         const double* const c = central;
         set_mean(p, static_cast<double>(at), d);
-        // An infinite mean has no central sums, as differences from it are no numbers.
-        const double poison = p.mean - p.mean;
-        p.central_sum[0] = (c[0] < square ? 0 : c[0] - square) + poison;
-        p.central_sum[1] = c[1] - d * (3 * c[0] - 2 * square) + poison;
-        p.central_sum[2] = c[2] - 4 * d * c[1] + d * d * (6 * c[0] - 3 * square) + poison;
+        p.central_sum[0] = c[0] < square ? 0 : c[0] - square;
+        p.central_sum[1] = c[1] - d * (3 * c[0] - 2 * square);
+        p.central_sum[2] = c[2] - 4 * d * c[1] + d * d * (6 * c[0] - 3 * square);
     }
 
 private:

@@ -87,9 +87,10 @@ inline void merge_central(partial& r, const partial& a, const partial& b, double
  * to rounding.
  *
  * With u = 2^-53, M_k the sum of w * |x - mean|^k over all observations, and merges nested h deep, the merges
- * add at most 24 * h * u * M_2 to the error of the central sum of order 2, 24 * h * u * 5^k * M_k to those of
- * order 3 and 4, 4 * h * u * M_1 / W to that of the mean, and h * u times the sum of w * |x|^k to those of the
- * raw sums, as long as h * u * |mean| is below a sixteenth of the deviation; `docs/scale.md` derives it.
+ * add at most 24 * h * u * M_2 to the error of the central sum of order 2, 30 * h^(3/2) * u * 5^k * M_k to
+ * those of order 3 and 4, 6 * h * u * M_1 / W to that of the mean (and the rounding of its two halves), and
+ * h * u times the sum of w * |x|^k to those of the raw sums: to first order in u, and as long as u * |mean| is
+ * small against the deviation. `docs/scale.md` derives it; what is seen is far less.
  *
  * Infinities and NaN act as in the data themselves: a side with an infinite mean makes the mean infinite (NaN
  * against the opposite infinity), and the central sums NaN.
