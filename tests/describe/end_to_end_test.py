@@ -4,6 +4,7 @@ import argparse
 import itertools
 import json
 import os
+import pty
 import subprocess
 import sys
 import tempfile
@@ -43,10 +44,10 @@ def all_estimates():
 
 
 class Run:
-    """One run with --json and the file it read."""
+    """One run with --json and the file it read, or `pieces` of that file."""
 
-    def __init__(self, test, file, device, *options, environment=None):
-        self.arguments = [data_file(file), "--json", "--device", device, *options]
+    def __init__(self, test, file, device, *options, environment=None, pieces=None):
+        self.arguments = [*(pieces or [data_file(file)]), "--json", "--device", device, *options]
         result = run(*self.arguments, environment=environment)
         test.assertEqual((result.returncode, result.stderr), (0, ""), self.arguments)
         self.answer = json.loads(result.stdout)
@@ -56,7 +57,7 @@ class Run:
         """Compares every number with its exact value; returns how many were compared."""
         header, columns = oracle.read_columns(data_file(self.file))
         dimensions = [name for name in header if name != weights]
-        self.test.assertEqual(list(self.answer), KEYS)
+        self.test.assertEqual([key for key in self.answer if key != "chunks"], KEYS)
         self.test.assertEqual(self.answer["columns"], dimensions, self.arguments)
         self.test.assertEqual(self.answer["n_dims"], len(dimensions))
         self.test.assertEqual(self.answer["n_observations"], len(columns[0]))
@@ -78,7 +79,7 @@ class Run:
 
     def _check_dimension(self, d, name, values, weights, element_type, mean):
         extremes_only = set(self.answer["estimates"]) <= set(EXTREMES)
-        exact = oracle.Column(values, weights, element_type, self.device, mean, extremes_only)
+        exact = oracle.Column(values, weights, element_type, self.device, mean, extremes_only, "chunks" in self.answer)
         checked = 0
         for estimate, results in self.answer["estimates"].items():
             if estimate in ("variation", "skewness", "kurtosis") and not exact.resolvable:
@@ -172,6 +173,69 @@ class Values(unittest.TestCase):
             self.assertEqual(answer, {"mean": ["inf", "-inf", "nan", 1.5], "sum": ["inf", "-inf", "nan", 3]})
 
 
+class Chunks(unittest.TestCase):
+    """Statistics of chunks, merged: the exact values in the bounds that hold for one piece."""
+
+    def test_every_combination(self):
+        for device, element_type, options in Values.each_combination():
+            answer = Run(self, "iris.csv", device, *options, "--chunk", "40")
+            self.assertGreater(answer.check(element_type), 0)
+            self.assertEqual(answer.answer["chunks"], 4)
+
+    def test_options_that_change_the_arrays(self):
+        mean = [5.5, 3.25, 4.0, 1.5]
+        for device, form in itertools.product(settings.devices, ["usm", "buffer"]):
+            options = ("--form", form, "--chunk", "7")
+            weighted = Run(self, "iris.csv", device, *options, "--weights", "Petal.Width", "--mask", "Sepal.Length")
+            self.assertGreater(weighted.check(masked=["Sepal.Length"], weights="Petal.Width"), 0)
+            names = ["max"] + ABOUT_MEAN
+            about = ("--mean", ",".join(map(str, mean)), "--estimates", ",".join(names))
+            self.assertGreater(Run(self, "iris.csv", device, *options, *about).check(mean=mean, names=names), 0)
+
+    def test_several_files_are_one_table(self):
+        with open(data_file("iris.csv")) as file:
+            header, *rows = file.readlines()
+        with tempfile.TemporaryDirectory() as folder:
+            pieces = [os.path.join(folder, f"{i}.csv") for i in range(3)]
+            for i, path in enumerate(pieces):
+                with open(path, "w") as file:
+                    file.writelines([header, *rows[i * 60 : (i + 1) * 60]])
+            for device in settings.devices:
+                for options in ((), ("--chunk", "50"), ("--chunk", "1000")):
+                    self.assertGreater(Run(self, "iris.csv", device, *options, pieces=pieces).check(), 0)
+                whole, joined = (run(*files, "--json", "--device", device) for files in ([data_file("iris.csv")], pieces))
+                self.assertEqual(whole.stdout, joined.stdout)
+
+    def test_many_numbers_are_cut_without_being_asked(self):
+        header, row = ",".join(f"c{i}" for i in range(64)), ",".join(["3"] * 64)
+        answers = []
+        for n_rows in (1 << 16, (1 << 16) + 1):
+            text = "\n".join([header] + [row] * n_rows)
+            answers.append(json.loads(run("-", "--json", "--estimates", "sum", text=text).stdout))
+            self.assertEqual(set(answers[-1]["estimates"]["sum"]), {3 * n_rows})
+        self.assertEqual([answer.get("chunks") for answer in answers], [None, 2])
+
+    def test_progress_is_shown_on_a_terminal_only(self):
+        files = [data_file("diamonds.csv")] * 12
+        command = [settings.program, *files, "--chunk", "5000", "--estimates", "sum"]
+        terminal, other_side = pty.openpty()
+        with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=other_side, text=True) as process:
+            os.close(other_side)
+            shown = b""
+            try:
+                while piece := os.read(terminal, 4096):
+                    shown += piece
+            except OSError:  # how a terminal ends on Linux
+                pass
+            table = process.stdout.read()
+        os.close(terminal)
+        self.assertRegex(shown, rb"\[=+ *\] +\d+ %, [\d,]+ rows")
+        self.assertTrue(shown.endswith(b"\r\x1b[K"), shown[-20:])
+        self.assertIn("diamonds.csv and 11 more files: 647,280 rows", table)
+        self.assertIn("merged from 130 chunks", table)
+        self.assertEqual(run(*command[1:]).stderr, "")
+
+
 class Refusals(unittest.TestCase):
     """Exit codes, and one line on standard error that says what is wrong and where."""
 
@@ -192,6 +256,16 @@ class Refusals(unittest.TestCase):
             ("a\n1\n1e39\n", "standard input: line 3, column 1: '1e39' is out of the range"),
         ):
             self.refused(2, fragment, "-", "--device", "gpu", "--type", "float", text=text)
+        # The last chunk and the second file are checked as the first ones.
+        late = "a\n" + "1\n" * 9 + "x\n"
+        self.refused(2, "standard input: line 11, column 1: 'x' is not a number", "-", "--chunk", "2", text=late)
+        iris = data_file("iris.csv")
+        for header, fragment in (
+            ("Sepal.Length,b\n1,2\n", "line 1, column 2: the column is 'b', but"),
+            ("Sepal.Length\n1\n", "line 1, column 2: the header names 1 column, but that of"),
+            ("", "line 1, column 1: the file is empty"),
+        ):
+            self.refused(2, "standard input: " + fragment, iris, "-", text=header)
         self.refused(2, "/no/such.csv: cannot be opened", "/no/such.csv", "--device", "gpu")
         with tempfile.TemporaryDirectory() as folder:
             self.refused(2, "is a directory", folder, "--device", "gpu")

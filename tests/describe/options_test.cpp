@@ -33,10 +33,16 @@ csv_table<double> three_columns() {
     return {{"a", "b", "c"}, 2, {1, 2, 3, 4, 5, 6}};
 }
 
+options of_one_file() {
+    options opts;
+    opts.files = {"f.csv"};
+    return opts;
+}
+
 TEST(options, lists_split_at_commas_and_keep_quoted_ones) {
     const auto opts = parse({"f.csv", "--mask", "a,\"b,c\"", "--weights", "w", "--mean", "-1, 2e3", "--json",
                              "--estimates", "min,kurtosis"});
-    EXPECT_EQ(opts.file, "f.csv");
+    EXPECT_THAT(opts.files, ElementsAre("f.csv"));
     EXPECT_TRUE(opts.json);
     EXPECT_THAT(opts.mask, ElementsAre("a", "b,c"));
     EXPECT_EQ(opts.weights, "w");
@@ -46,12 +52,13 @@ TEST(options, lists_split_at_commas_and_keep_quoted_ones) {
 
 TEST(options, a_list_does_not_swallow_the_file) {
     const auto opts = parse({"--mask", "a,b", "f.csv"});
-    EXPECT_EQ(opts.file, "f.csv");
+    EXPECT_THAT(opts.files, ElementsAre("f.csv"));
     EXPECT_THAT(opts.mask, ElementsAre("a", "b"));
 }
 
 TEST(options, standard_input_is_a_file) {
-    EXPECT_EQ(parse({"--json", "-"}).file, "-");
+    EXPECT_THAT(parse({"--json", "-"}).files, ElementsAre("-"));
+    EXPECT_THAT(parse({"a.csv", "--chunk", "70", "-", "b.csv"}).files, ElementsAre("a.csv", "-", "b.csv"));
 }
 
 TEST(options, faults_name_option_and_value) {
@@ -60,7 +67,10 @@ TEST(options, faults_name_option_and_value) {
         {{"f.csv", "--type", "half"}, "--type: half"},
         {{"f.csv", "--device", "tpu"}, "--device: tpu"},
         {{"f.csv", "--nonsense"}, "--nonsense"},
-        {{"f.csv", "g.csv"}, "g.csv"},
+        {{"-", "f.csv", "-"}, "FILE: '-' is given twice"},
+        {{"f.csv", "--chunk", "0"}, "--chunk: 0 rows"},
+        {{"f.csv", "--chunk", "-5"}, "--chunk: -5 rows"},
+        {{"f.csv", "--chunk", "5", "--method", "standard"}, "--chunk: cannot be used with --method standard"},
         {{"f.csv", "--mask"}, "--mask"},
         {{"f.csv", "--mask", ""}, "--mask: the list is empty"},
         {{"f.csv", "--weights", "a,b"}, "--weights: 2 columns"},
@@ -79,7 +89,7 @@ TEST(options, faults_name_option_and_value) {
 }
 
 TEST(problem, layouts_place_the_same_elements) {
-    options opts;
+    options opts = of_one_file();
     EXPECT_THAT(make_problem(three_columns(), opts).observations, ElementsAre(1, 4, 2, 5, 3, 6));
     opts.layout = "by_observation";
     EXPECT_THAT(make_problem(three_columns(), opts).observations, ElementsAre(1, 2, 3, 4, 5, 6));
@@ -87,7 +97,7 @@ TEST(problem, layouts_place_the_same_elements) {
 
 TEST(problem, weights_leave_the_matrix_and_the_mask_follows) {
     for (const char* const layout : {"by_dimension", "by_observation"}) {
-        options opts;
+        options opts = of_one_file();
         opts.layout = layout;
         opts.weights = "b";
         opts.mask = {"c"};
@@ -101,13 +111,12 @@ TEST(problem, weights_leave_the_matrix_and_the_mask_follows) {
             EXPECT_THAT(data.observations, ElementsAre(1, 4, 3, 6));
         }
     }
-    EXPECT_THAT(make_problem(three_columns(), options{}).mask, IsEmpty());
+    EXPECT_THAT(make_problem(three_columns(), of_one_file()).mask, IsEmpty());
 }
 
 TEST(problem, columns_and_means_that_do_not_fit_are_refused) {
     const auto error = [](auto change, csv_table<double> table = three_columns()) {
-        options opts;
-        opts.file = "f.csv";
+        options opts = of_one_file();
         change(opts);
         return error_of([&] { make_problem(table, opts); });
     };

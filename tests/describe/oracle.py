@@ -62,10 +62,12 @@ def central_sums(raw, mean):
 class Column:
     """Estimates of one column: `value[name]` exactly, `bound[name]` how far a correct run may be from it."""
 
-    def __init__(self, values, weights, element_type, device, given_mean=None, extremes_only=False):
+    def __init__(self, values, weights, element_type, device, given_mean=None, extremes_only=False, chunked=False):
         self.rounding = ROUNDING[element_type]
         self.on_cpu = device == "cpu"
         self.sum_error = CPU_ADDITIONS * 2.0**-53 if self.on_cpu else ADDITIONS * self.rounding
+        # Sums of a chunk are rounded to the element type before they merge, and so is what tells its mean.
+        self.sum_error += 4 * self.rounding if chunked else 0
         self.value = {"min": min(values), "max": max(values)}
         self.bound = {"min": 0, "max": 0}
         if not extremes_only:

@@ -23,7 +23,7 @@ struct sample {
     std::vector<computed<T>> estimates;
 
     explicit sample(std::vector<T> values) {
-        opts.file = "f.csv";
+        opts.files = {"f.csv"};
         for (std::size_t d = 0; d < values.size(); ++d) {
             data.dimensions.push_back(fmt::format("c{}", d));
         }

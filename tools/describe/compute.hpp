@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include <stats/partial.hpp>
+
 #include "device.hpp"
 #include "estimate_list.hpp"
 #include "problem.hpp"
@@ -26,5 +28,15 @@ std::vector<computed<T>> compute_with_buffers(compute_queue& queue, const proble
 template <typename T>
 std::vector<computed<T>> compute_with_usm(compute_queue& queue, const problem<T>& data,
                                           const computation& what);
+
+/// Statistics of the dimensions of \p data that merge with those of other rows, in the form with buffers.
+///
+/// A masked dimension's is the identity. Errors as above.
+template <typename T>
+std::vector<stats::partial> partials_with_buffers(compute_queue& queue, const problem<T>& data);
+
+/// The same in the form with unified shared memory.
+template <typename T>
+std::vector<stats::partial> partials_with_usm(compute_queue& queue, const problem<T>& data);
 
 } // namespace aurelo::qtx::describe

@@ -40,9 +40,18 @@ std::vector<computed<T>> compute_with_buffers(compute_queue& queue, const proble
     return compute_in(storage, queue, data, what);
 }
 
+template <typename T>
+std::vector<stats::partial> partials_with_buffers(compute_queue& queue, const problem<T>& data) {
+    buffer_storage<T> storage;
+    return partials_in(storage, queue, data);
+}
+
 template std::vector<computed<float>> compute_with_buffers(compute_queue&, const problem<float>&,
                                                            const computation&);
 template std::vector<computed<double>> compute_with_buffers(compute_queue&, const problem<double>&,
                                                             const computation&);
+
+template std::vector<stats::partial> partials_with_buffers(compute_queue&, const problem<float>&);
+template std::vector<stats::partial> partials_with_buffers(compute_queue&, const problem<double>&);
 
 } // namespace aurelo::qtx::describe

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include <stats/make_partials.hpp>
+
 #include "compute.hpp"
 #include "library_calls.hpp"
 
@@ -44,12 +46,28 @@ std::vector<computed<T>> compute_in(Storage& storage, compute_queue& queue, cons
     return results;
 }
 
+/// Calls \p use with the layout of \p data as its template argument.
+template <typename T, typename Use>
+auto with_layout_of(const problem<T>& data, const Use& use) {
+    return data.by_observation ? use.template operator()<stats::layout::by_observation>()
+                               : use.template operator()<stats::layout::by_dimension>();
+}
+
 /// The same for the layout of \p data.
 template <typename Storage, typename T>
 std::vector<computed<T>> compute_in(Storage& storage, compute_queue& queue, const problem<T>& data,
                                     const computation& what) {
-    return data.by_observation ? compute_in<stats::layout::by_observation>(storage, queue, data, what)
-                               : compute_in<stats::layout::by_dimension>(storage, queue, data, what);
+    return with_layout_of(data, [&]<stats::layout L>() { return compute_in<L>(storage, queue, data, what); });
+}
+
+/// Statistics that merge, of arrays made by \p storage.
+template <typename Storage, typename T>
+std::vector<stats::partial> partials_in(Storage& storage, compute_queue& queue, const problem<T>& data) {
+    return with_layout_of(data, [&]<stats::layout L>() {
+        auto partials = stats::make_partials(queue.get(), storage.template make_dataset<L>(data));
+        queue.finish();
+        return partials;
+    });
 }
 
 } // namespace aurelo::qtx::describe

@@ -83,9 +83,18 @@ std::vector<computed<T>> compute_with_usm(compute_queue& queue, const problem<T>
     return compute_in(storage, queue, data, what);
 }
 
+template <typename T>
+std::vector<stats::partial> partials_with_usm(compute_queue& queue, const problem<T>& data) {
+    usm_storage<T> storage(queue.get());
+    return partials_in(storage, queue, data);
+}
+
 template std::vector<computed<float>> compute_with_usm(compute_queue&, const problem<float>&,
                                                        const computation&);
 template std::vector<computed<double>> compute_with_usm(compute_queue&, const problem<double>&,
                                                         const computation&);
+
+template std::vector<stats::partial> partials_with_usm(compute_queue&, const problem<float>&);
+template std::vector<stats::partial> partials_with_usm(compute_queue&, const problem<double>&);
 
 } // namespace aurelo::qtx::describe

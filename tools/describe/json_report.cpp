@@ -52,6 +52,9 @@ std::string to_json(const report<T>& shown) {
     object["columns"] = shown.data.dimensions;
     object["n_dims"] = shown.data.n_dims();
     object["n_observations"] = shown.data.n_observations;
+    if (shown.n_chunks != 0) {
+        object["chunks"] = shown.n_chunks;
+    }
     object["estimates"] = estimates(shown);
     // Names of columns come from the file: bytes that are no UTF-8 are replaced rather than refused.
     return object.dump(-1, ' ', false, json_of<T>::error_handler_t::replace) + "\n";

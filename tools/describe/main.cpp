@@ -9,13 +9,13 @@
 
 #include <fmt/format.h>
 
-#include "compute.hpp"
 #include "csv_table.hpp"
+#include "description.hpp"
 #include "device.hpp"
 #include "errors.hpp"
 #include "estimate_list.hpp"
 #include "options.hpp"
-#include "problem.hpp"
+#include "progress.hpp"
 #include "report.hpp"
 #include "text.hpp"
 
@@ -47,16 +47,16 @@ estimate_selection selection_of(const options& opts, bool cpu_path) {
 }
 
 template <typename T>
-std::string describe_file(const options& opts) {
+std::string describe_files(const options& opts) {
     const sycl::device device = find_device(opts.device);
     const device_facts facts = facts_of(device);
-    const auto selection = selection_of(opts, facts.cpu_path);
-    const auto data = make_problem(read_csv_file<T>(opts.file), opts);
-    const computation what{plan_calls(selection, opts.mean.has_value()), opts.standard_method()};
-    compute_queue queue(device);
-    const auto results =
-        opts.form == "buffer" ? compute_with_buffers(queue, data, what) : compute_with_usm(queue, data, what);
-    const report<T> shown{opts, data, facts, results};
+    description<T> described(device, opts, selection_of(opts, facts.cpu_path));
+    progress_bar bar(opts.files);
+    const reading_plan plan{[&](std::size_t n_columns) { return rows_at_once(opts, n_columns); },
+                            [&](const reading_state& state) { bar.show(state); }};
+    read_csv_files<T>(opts.files, plan,
+                      [&](const csv_table<T>& table, bool last) { described.take(table, last); });
+    const auto shown = described.finished(facts);
     return opts.json ? to_json(shown) : to_table(shown, styled_output());
 }
 
@@ -64,7 +64,7 @@ std::string output_of(const options& opts) {
     if (opts.list_devices) {
         return device_list(styled_output());
     }
-    return opts.type == "float" ? describe_file<float>(opts) : describe_file<double>(opts);
+    return opts.type == "float" ? describe_files<float>(opts) : describe_files<double>(opts);
 }
 
 int run(int argc, const char* const* argv) {

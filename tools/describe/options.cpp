@@ -23,6 +23,7 @@ struct raw_lists {
 
 constexpr const char* footer = R"(
 FILE is a CSV file with a header line of column names and numbers below; "-" reads standard input.
+Several files, all with the same columns, are described as one.
 Names with commas in a list are quoted as in the file: --mask '"a,b",c'.
 
 Exit codes: 0 success, 1 the computation failed, 2 bad input or options.
@@ -45,7 +46,7 @@ void add_choice(CLI::App& app, const char* name, std::string& value, const char*
 }
 
 void declare(CLI::App& app, options& result, raw_lists& lists) {
-    app.add_option("FILE", result.file, "CSV file");
+    app.add_option("FILE", result.files, "CSV files");
     app.add_flag("--json", result.json, "Print one JSON object instead of a table");
     app.add_flag("--list-devices", result.list_devices, "Print the devices and end");
     add_choice(app, "--device", result.device, "Where to compute", {"cpu", "gpu", "opencl", "accelerator"});
@@ -54,6 +55,11 @@ void declare(CLI::App& app, options& result, raw_lists& lists) {
                {"by_dimension", "by_observation"});
     add_choice(app, "--form", result.form, "How the library gets the data", {"buffer", "usm"});
     add_choice(app, "--method", result.method, "Method of computation", {"fast", "standard"});
+    app.add_option(
+           "--chunk", result.chunk,
+           "Rows that are read and computed at a time; if not given, chunks are made of files that are "
+           "too large for one piece")
+        ->type_name("ROWS");
     app.add_option("--mask", lists.mask, "Columns left out of the computation")->type_name("COL,COL,...");
     app.add_option("--weights", lists.weights, "Column of weights; it is no dimension")->type_name("COL");
     app.add_option("--mean", lists.mean, "Your mean for each dimension, masked ones included")
@@ -71,8 +77,18 @@ void refuse_contradictions(const CLI::App& app, const options& result) {
         }
         return;
     }
-    if (result.file.empty()) {
+    if (result.files.empty()) {
         throw input_error("FILE: no file is given; --help tells more");
+    }
+    if (std::count(result.files.begin(), result.files.end(), "-") > 1) {
+        throw input_error("FILE: '-' is given twice, but standard input can be read only once");
+    }
+    if (result.chunk && *result.chunk < 1) {
+        throw input_error(
+            fmt::format("--chunk: {} rows are asked for, but a chunk has one at least", *result.chunk));
+    }
+    if (result.chunk && result.standard_method()) {
+        throw input_error("--chunk: cannot be used with --method standard, which needs all rows at a time");
     }
     if (result.mean && result.standard_method()) {
         throw input_error(

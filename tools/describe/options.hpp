@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -9,7 +10,7 @@ namespace aurelo::qtx::describe {
 
 /// What the command line says. The words of a choice are kept as written: they go into the output unchanged.
 struct options {
-    std::string file;
+    std::vector<std::string> files; ///< read as one table, one after the other; "-" is standard input
     bool json = false;
     bool list_devices = false;
     std::string device = "cpu";                        ///< cpu, gpu, opencl, accelerator
@@ -21,7 +22,10 @@ struct options {
     std::optional<std::string> weights;                ///< the column of weights
     std::optional<std::vector<std::string>> mean;      ///< the caller's mean, one text per dimension
     std::optional<std::vector<std::string>> estimates; ///< names; absent: all that can be computed
+    std::optional<std::int64_t> chunk;                 ///< rows of a chunk; absent: as many as fit
 
+    /// How messages name the table: by its first file, as all have the same columns.
+    const std::string& table_name() const { return files.front(); }
     bool standard_method() const { return method == "standard"; }
 };
 

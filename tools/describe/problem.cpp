@@ -30,7 +30,7 @@ std::size_t find_column(const std::vector<std::string>& columns, const std::stri
 std::vector<std::size_t> dimension_columns(const std::vector<std::string>& columns, const options& opts) {
     std::vector<std::size_t> dimensions;
     const std::size_t weights =
-        opts.weights ? find_column(columns, *opts.weights, "--weights", opts.file) : columns.size();
+        opts.weights ? find_column(columns, *opts.weights, "--weights", opts.table_name()) : columns.size();
     for (std::size_t column = 0; column < columns.size(); ++column) {
         if (column != weights) {
             dimensions.push_back(column);
@@ -38,7 +38,7 @@ std::vector<std::size_t> dimension_columns(const std::vector<std::string>& colum
     }
     if (dimensions.empty()) {
         throw input_error(fmt::format("--weights: {} is the only column of {}; no dimension is left",
-                                      in_quotes(*opts.weights), opts.file));
+                                      in_quotes(*opts.weights), opts.table_name()));
     }
     return dimensions;
 }
@@ -75,7 +75,7 @@ std::vector<std::int64_t> mask_of(const csv_table<T>& table, const std::vector<s
     }
     std::vector<std::int64_t> mask(columns.size(), 1);
     for (const std::string& name : opts.mask) {
-        const std::size_t column = find_column(table.columns, name, "--mask", opts.file);
+        const std::size_t column = find_column(table.columns, name, "--mask", opts.table_name());
         const auto dimension = std::find(columns.begin(), columns.end(), column);
         mask[static_cast<std::size_t>(dimension - columns.begin())] = 0;
     }
@@ -89,8 +89,8 @@ std::vector<T> mean_of(const options& opts, std::size_t n_dims) {
     }
     if (opts.mean->size() != n_dims) {
         throw input_error(fmt::format("--mean: {} value{} given, but {} has {} dimension{}",
-                                      opts.mean->size(), opts.mean->size() == 1 ? " is" : "s are", opts.file,
-                                      n_dims, n_dims == 1 ? "" : "s"));
+                                      opts.mean->size(), opts.mean->size() == 1 ? " is" : "s are",
+                                      opts.table_name(), n_dims, n_dims == 1 ? "" : "s"));
     }
     std::vector<T> mean(n_dims);
     for (std::size_t d = 0; d < n_dims; ++d) {
@@ -120,7 +120,7 @@ problem<T> make_problem(const csv_table<T>& table, const options& opts) {
     result.observations = matrix(table, columns, result.by_observation);
     if (opts.weights) {
         result.weights =
-            column_values(table, find_column(table.columns, *opts.weights, "--weights", opts.file));
+            column_values(table, find_column(table.columns, *opts.weights, "--weights", opts.table_name()));
     }
     return result;
 }

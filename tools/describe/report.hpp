@@ -31,6 +31,7 @@ struct report {
     const problem<T>& data;
     const device_facts& device;
     const std::vector<computed<T>>& estimates;
+    std::size_t n_chunks = 0; ///< chunks of rows whose statistics were merged; 0: all rows in one piece
 };
 
 /// Kernels that a GPU device runs one after the other: each shortens a row by the factor of its work-group

@@ -24,6 +24,13 @@ std::string counted(std::size_t n, std::string_view thing) {
     return fmt::format("{} {}{}", fmt::group_digits(n), thing, n == 1 ? "" : "s");
 }
 
+/// The first file's name, and how many more there are.
+std::string sources(const options& opts) {
+    const std::string first = escaped(opts.files[0] == "-" ? "standard input" : opts.files[0]);
+    const std::size_t others = opts.files.size() - 1;
+    return others == 0 ? first : fmt::format("{} and {}", first, counted(others, "more file"));
+}
+
 template <typename T>
 std::string title(const report<T>& shown) {
     const options& opts = shown.opts;
@@ -31,15 +38,17 @@ std::string title(const report<T>& shown) {
     if (opts.weights) {
         columns += fmt::format(" weighted by {}", escaped(*opts.weights));
     }
-    std::string text = fmt::format("{}: {}, {}\n", escaped(opts.file == "-" ? "standard input" : opts.file),
-                                   counted(shown.data.n_observations, "row"), columns);
+    std::string text =
+        fmt::format("{}: {}, {}\n", sources(opts), counted(shown.data.n_observations, "row"), columns);
     text += shown.device.name + "\n";
     text += fmt::format("{} path, {}, {}, {}, {}", shown.device.cpu_path ? "cpu" : "gpu", opts.type,
                         opts.layout, opts.form, opts.method);
     if (opts.mean) {
         text += ", about the given mean";
     }
-    if (!shown.device.cpu_path) {
+    if (shown.n_chunks != 0) {
+        text += fmt::format("; merged from {}", counted(shown.n_chunks, "chunk"));
+    } else if (!shown.device.cpu_path) {
         const std::size_t passes = launch_passes(shown.data.n_observations, shown.device.work_group_limit);
         text += fmt::format("; work-group limit {}, {}", fmt::group_digits(shown.device.work_group_limit),
                             passes == 1 ? "1 pass" : fmt::format("{} passes", passes));
