@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "device.hpp"
+#include "compute_queue.hpp"
 #include "estimate_list.hpp"
 #include "problem.hpp"
 #include "report.hpp"
