@@ -9,6 +9,7 @@ import numpy
 
 import qtx_stats
 
+failing_component = sys.argv[1]
 MEAN_OF_ONES = "import numpy, qtx_stats; qtx_stats.mean(numpy.ones((9, 2)), device={!r})"
 
 
@@ -74,9 +75,9 @@ class Refusals(unittest.TestCase):
 
 
 class Failures(unittest.TestCase):
-    def fails(self, kind, fragment, program, devices):
-        """A new process, since the devices of a process are looked for once."""
-        environment = {**os.environ, "BASALT_DEVICES": devices}
+    def fails(self, kind, fragment, program, **variables):
+        """A new process: what the variables say is read once."""
+        environment = {**os.environ, **variables}
         command = [sys.executable, "-B", "-c", program]
         result = subprocess.run(command, env=environment, capture_output=True, text=True, timeout=120)
         self.assertEqual(result.returncode, 1, result.stderr)
@@ -86,10 +87,14 @@ class Failures(unittest.TestCase):
 
     def test_devices_that_cannot(self):
         on = MEAN_OF_ONES.format
-        self.fails("NoDevice", "no 'accelerator' device", on("accelerator"), "gpu")
-        self.fails("UnsupportedDevice", "unsupported device: slab", on("accelerator"), "accelerator:name=slab")
-        self.fails("DeviceError", "fp64", on("gpu"), "gpu:fp64=0")
-        self.fails("InvalidArgument", "n_observations is 9, must be 1", on("gpu"), "gpu:wg=1")
+        self.fails("NoDevice", "no 'accelerator' device", on("accelerator"), BASALT_DEVICES="gpu")
+        self.fails("UnsupportedDevice", "unsupported device: slab", on("accelerator"), BASALT_DEVICES="accelerator:name=slab")
+        self.fails("DeviceError", "fp64", on("gpu"), BASALT_DEVICES="gpu:fp64=0")
+        self.fails("InvalidArgument", "n_observations is 9, must be 1", on("gpu"), BASALT_DEVICES="gpu:wg=1")
+
+    def test_errors_of_commands_that_were_submitted(self):
+        on = MEAN_OF_ONES.format
+        self.fails("ComputationError", "computation error", on("cpu"), LD_PRELOAD=failing_component)
 
     def test_methods_that_a_device_lacks(self):
         with self.assertRaisesRegex(qtx_stats.Unimplemented, "central_sum: unimplemented functionality"):
@@ -110,4 +115,4 @@ class Failures(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main()
+    unittest.main(argv=sys.argv[:1])

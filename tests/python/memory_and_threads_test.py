@@ -65,6 +65,8 @@ class Threads(unittest.TestCase):
     def test_other_threads_run_while_a_call_computes(self):
         for device, rows in (("cpu", 2_500_000), ("gpu", 250_000)):
             data = numpy.ones((rows, 8))
+            # The devices are looked for at the first call, without the lock.
+            qtx_stats.describe(data[:2], device=device)
             began, ended = [], []
 
             def call():
