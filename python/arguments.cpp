@@ -62,7 +62,7 @@ void check_placement(const py::array& array, std::string_view argument) {
 }
 
 py::array checked_data(const py::object& object) {
-    const py::array data = array_of(object, "data");
+    py::array data = array_of(object, "data");
     if (data.ndim() < 1 || data.ndim() > 2 || data.size() == 0) {
         refuse_value("data",
                      "an array of one or two dimensions with at least one element (a row is an observation)",
@@ -124,7 +124,7 @@ std::string checked_word(const py::object& object, std::string_view argument,
     if (!py::isinstance<py::str>(object)) {
         refuse_type(argument, wanted, type_of(object));
     }
-    const auto word = object.cast<std::string>();
+    auto word = object.cast<std::string>();
     if (std::find(words.begin(), words.end(), word) == words.end()) {
         refuse_value(argument, wanted, text(py::repr(object)));
     }

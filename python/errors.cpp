@@ -1,7 +1,8 @@
 #include "errors.hpp"
 
-#include <array>
+#include <exception>
 #include <string>
+#include <utility>
 
 #include <stats/exception.hpp>
 
@@ -31,7 +32,7 @@ bool translate() {
 template <typename... Exceptions>
 void translate_first_of(std::exception_ptr in_flight) {
     try {
-        std::rethrow_exception(in_flight);
+        std::rethrow_exception(std::move(in_flight));
     } catch (...) {
         if ((translate<Exceptions>() || ...)) {
             return;
