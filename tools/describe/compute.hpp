@@ -4,7 +4,7 @@
 
 #include <stats/partial.hpp>
 
-#include "device.hpp"
+#include "compute_queue.hpp"
 #include "estimate_list.hpp"
 #include "problem.hpp"
 #include "report.hpp"

@@ -1,37 +1,14 @@
 #include "device.hpp"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 
+#include "device_choice.hpp"
 #include "errors.hpp"
 #include "text_table.hpp"
 
 namespace aurelo::qtx::describe {
 
 namespace {
-
-std::vector<sycl::device> opencl_devices() {
-    auto devices = sycl::device::get_devices();
-    const auto others = std::remove_if(devices.begin(), devices.end(), [](const sycl::device& device) {
-        return device.get_backend() != sycl::backend::opencl;
-    });
-    devices.erase(others, devices.end());
-    std::stable_partition(devices.begin(), devices.end(),
-                          [](const sycl::device& device) { return device.is_gpu(); });
-    return devices;
-}
-
-std::vector<sycl::device> devices_of(sycl::info::device_type type) {
-    return sycl::device::get_devices(type);
-}
-
-[[noreturn]] void refuse(const std::string& choice, std::string_view kind) {
-    throw input_error(
-        fmt::format("--device: '{}' cannot be used: there is no {} device here; --list-devices shows "
-                    "what there is",
-                    choice, kind));
-}
 
 std::string type_name(const sycl::device& device) {
     switch (device.get_info<sycl::info::device::device_type>()) {
@@ -55,24 +32,13 @@ std::string memory_size(std::size_t bytes) {
 } // namespace
 
 sycl::device find_device(const std::string& choice) {
-    using sycl::info::device_type;
-    if (choice == "opencl") {
-        const auto devices = opencl_devices();
-        if (devices.empty()) {
-            refuse(choice, "OpenCL");
-        }
-        return devices.front();
+    if (const auto device = choose_device(choice)) {
+        return *device;
     }
-    if (choice == "cpu" && !devices_of(device_type::cpu).empty()) {
-        return sycl::device(sycl::cpu_selector_v);
-    }
-    if (choice == "gpu" && !devices_of(device_type::gpu).empty()) {
-        return sycl::device(sycl::gpu_selector_v);
-    }
-    if (choice == "accelerator" && !devices_of(device_type::accelerator).empty()) {
-        return sycl::device(sycl::accelerator_selector_v);
-    }
-    refuse(choice, choice);
+    throw input_error(
+        fmt::format("--device: '{}' cannot be used: there is no {} device here; --list-devices shows "
+                    "what there is",
+                    choice, choice == "opencl" ? "OpenCL" : choice));
 }
 
 device_facts facts_of(const sycl::device& device) {
@@ -98,21 +64,6 @@ std::string device_list(bool styled) {
     }
     // One line for each device, however long the names at its end are.
     return lay_out({type, limit, memory, fp64, platform, name}, std::string::npos, styled);
-}
-
-compute_queue::compute_queue(const sycl::device& device)
-    : errors_(std::make_shared<std::vector<std::exception_ptr>>()),
-      queue_(device, [errors = errors_](const sycl::exception_list& list) {
-          errors->insert(errors->end(), list.begin(), list.end());
-      }) {}
-
-void compute_queue::finish() {
-    queue_.wait_and_throw();
-    if (!errors_->empty()) {
-        const std::exception_ptr first = errors_->front();
-        errors_->clear();
-        std::rethrow_exception(first);
-    }
 }
 
 } // namespace aurelo::qtx::describe
