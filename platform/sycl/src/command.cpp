@@ -4,7 +4,9 @@
 #include "queue_impl.hpp"
 
 #include <algorithm>
+#include <chrono>
 #include <new>
+#include <thread>
 #include <unordered_set>
 #include <utility>
 
@@ -43,7 +45,10 @@ void command::set_host_task(std::shared_ptr<host_task_box> task) {
     keep(std::move(task));
     set_action([](const std::shared_ptr<command>& self) {
         try {
-            post_to_host_threads([self] { self->run_host_task(); });
+            post_to_host_threads([self] {
+                self->let_waiters_begin();
+                self->run_host_task();
+            });
         } catch (...) {
             if (self->begin_host_task()) {
                 throw; // else a thread that waits runs it already
@@ -282,6 +287,15 @@ bool command::begin_host_task() {
     // One that was not started may have failed without running.
     return host_task_ != nullptr && state_.load(std::memory_order_acquire) == state::running &&
            !host_task_begun_.exchange(true);
+}
+
+/// A caller that waits right after it has submitted needs no thread but its own: two changes of threads would take longer
+/// than a small task does.
+void command::let_waiters_begin() const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(3);
+    while (!host_task_begun_.load(std::memory_order_relaxed) && std::chrono::steady_clock::now() < end) {
+        std::this_thread::yield();
+    }
 }
 
 void command::run_host_task() {

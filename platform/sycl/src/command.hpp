@@ -101,6 +101,7 @@ private:
     void hand_over();
     void proceed();
     bool begin_host_task();
+    void let_waiters_begin() const;
     void run_host_task();
     void run_next_host_tasks();
     std::vector<std::shared_ptr<command>> unfinished_dependencies();
