@@ -43,7 +43,7 @@ nlohmann::json grow(const options& o, const sycl::queue& queue, const pool<doubl
         observations.push_back(point(queue, {memory.data(), nullptr, 1, n, true}, o));
     }
     for (const bool by_dimension : {true, false}) {
-        for (const std::int64_t dims : {1, 3, 10, 30, 100, 300, 1000}) {
+        for (const std::int64_t dims : {1, 3, 8, 30, 100, 300, 1000}) {
             if (o.only != "observations") {
                 const matrix<double> m{memory.data(), nullptr, dims, o.elements / dims, by_dimension};
                 dimensions.push_back(point(queue, m, o));
