@@ -364,6 +364,8 @@ std::vector<partial> make_partials(sycl::queue& queue, const dataset<L, sycl::bu
 
 /**
  * \brief The same in unified shared memory; results pass through allocations of malloc_shared.
+ * \param queue a queue on a CPU or GPU device
+ * \param data the dataset, of any layout, with weights and mask or without; not changed
  * \param dependencies events that must finish before the data are read; waited for on the calling thread
  * \throws device_bad_alloc if there is no shared memory for the results
  */

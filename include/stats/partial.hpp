@@ -131,16 +131,16 @@ inline partial merge(const partial& one, const partial& other) {
 
 /** \brief All estimates of one dimension. Members of several orders begin with the lowest one. */
 struct partial_estimates {
-    double min;
-    double max;
-    double mean;
+    double min;            /**< smallest value */
+    double max;            /**< largest value */
+    double mean;           /**< weighted mean */
     double raw_sum[4];     /**< orders 1 to 4 */
     double raw_moment[4];  /**< orders 1 to 4; the first is sum / W, which may differ from mean by rounding */
     double central_sum[3]; /**< orders 2 to 4 */
     double central_moment[3]; /**< orders 2 to 4 */
-    double variation;
-    double skewness;
-    double kurtosis;
+    double variation;         /**< standard deviation over mean */
+    double skewness;          /**< third central moment in units of the deviation */
+    double kurtosis;          /**< excess kurtosis */
 };
 
 namespace detail {
