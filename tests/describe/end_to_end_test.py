@@ -8,6 +8,7 @@ import pty
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 import oracle
@@ -216,24 +217,26 @@ class Chunks(unittest.TestCase):
         self.assertEqual([answer.get("chunks") for answer in answers], [None, 2])
 
     def test_progress_is_shown_on_a_terminal_only(self):
-        files = [data_file("diamonds.csv")] * 12
-        command = [settings.program, *files, "--chunk", "5000", "--estimates", "sum"]
+        with open(data_file("iris.csv"), encoding="utf-8") as file:
+            text = file.read()
+        command = [settings.program, "-", "--chunk", "50", "--estimates", "sum"]
         terminal, other_side = pty.openpty()
-        with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=other_side, text=True) as process:
+        with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=other_side,
+                              text=True) as process:
             os.close(other_side)
-            shown = b""
-            try:
-                while piece := os.read(terminal, 4096):
-                    shown += piece
-            except OSError:  # how a terminal ends on Linux
-                pass
-            table = process.stdout.read()
+            time.sleep(1)  # what takes less shows nothing
+            table, _ = process.communicate(text)
+        shown = b""
+        try:
+            while piece := os.read(terminal, 4096):
+                shown += piece
+        except OSError:  # how a terminal ends on Linux
+            pass
         os.close(terminal)
-        self.assertRegex(shown, rb"\[=+ *\] +\d+ %, [\d,]+ rows")
+        self.assertRegex(shown, rb"\d+ rows")
         self.assertTrue(shown.endswith(b"\r\x1b[K"), shown[-20:])
-        self.assertIn("diamonds.csv and 11 more files: 647,280 rows", table)
-        self.assertIn("merged from 130 chunks", table)
-        self.assertEqual(run(*command[1:]).stderr, "")
+        self.assertIn("merged from 3 chunks", table)
+        self.assertEqual(run(*command[1:], text=text).stderr, "")
 
 
 class Refusals(unittest.TestCase):

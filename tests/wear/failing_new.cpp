@@ -23,6 +23,15 @@ bool fails_now() {
     return true;
 }
 
+void* try_new(std::size_t bytes) noexcept {
+    return fails_now() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+}
+
+void* try_new(std::size_t bytes, std::align_val_t alignment) noexcept {
+    const auto step = static_cast<std::size_t>(alignment);
+    return fails_now() ? nullptr : std::aligned_alloc(step, (bytes / step + 1) * step);
+}
+
 void* checked(void* memory) {
     if (memory == nullptr) {
         throw std::bad_alloc();
@@ -32,25 +41,41 @@ void* checked(void* memory) {
 
 } // namespace
 
-void* operator new(std::size_t bytes) {
-    return checked(fails_now() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes));
-}
-void* operator new(std::size_t bytes, std::align_val_t alignment) {
-    const auto step = static_cast<std::size_t>(alignment);
-    return checked(fails_now() ? nullptr : std::aligned_alloc(step, (bytes / step + 1) * step));
-}
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::align_val_t) noexcept {
-    std::free(memory);
-}
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
-    std::free(memory);
-}
+// All forms: those of a sanitizer would go with its own only.
+#define ALL_FORMS(KIND)                                                                                      \
+    void* operator new KIND(std::size_t bytes) {                                                             \
+        return checked(try_new(bytes));                                                                      \
+    }                                                                                                        \
+    void* operator new KIND(std::size_t bytes, std::align_val_t alignment) {                                 \
+        return checked(try_new(bytes, alignment));                                                           \
+    }                                                                                                        \
+    void* operator new KIND(std::size_t bytes, const std::nothrow_t&) noexcept {                             \
+        return try_new(bytes);                                                                               \
+    }                                                                                                        \
+    void* operator new KIND(std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept { \
+        return try_new(bytes, alignment);                                                                    \
+    }                                                                                                        \
+    void operator delete KIND(void* memory) noexcept {                                                       \
+        std::free(memory);                                                                                   \
+    }                                                                                                        \
+    void operator delete KIND(void* memory, std::size_t) noexcept {                                          \
+        std::free(memory);                                                                                   \
+    }                                                                                                        \
+    void operator delete KIND(void* memory, std::align_val_t) noexcept {                                     \
+        std::free(memory);                                                                                   \
+    }                                                                                                        \
+    void operator delete KIND(void* memory, std::size_t, std::align_val_t) noexcept {                        \
+        std::free(memory);                                                                                   \
+    }                                                                                                        \
+    void operator delete KIND(void* memory, const std::nothrow_t&) noexcept {                                \
+        std::free(memory);                                                                                   \
+    }                                                                                                        \
+    void operator delete KIND(void* memory, std::align_val_t, const std::nothrow_t&) noexcept {              \
+        std::free(memory);                                                                                   \
+    }
+
+ALL_FORMS()
+ALL_FORMS([])
 
 namespace test {
 

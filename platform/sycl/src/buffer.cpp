@@ -15,7 +15,12 @@ std::shared_ptr<command> use_on_host(const requirement& use, command::action act
     auto holder = std::make_shared<command>(nullptr);
     holder->keep(use.buffer);
     holder->set_action(std::move(action));
-    holder->submit({}, {}, {use}, {});
+    try {
+        holder->submit({}, {}, {use}, {});
+    } catch (...) {
+        holder->finish(nullptr); // the buffer may know it already, as one to wait for
+        throw;
+    }
     return holder;
 }
 

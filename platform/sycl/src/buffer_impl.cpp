@@ -60,7 +60,10 @@ buffer_impl::copy& buffer_impl::copy_in(const memory_space& space) {
             return *each;
         }
     }
-    auto made = std::make_unique<copy>(copy{space, allocate(space), true, false, nullptr});
+    // The memory last, when nothing else can fail that would lose it.
+    auto made = std::make_unique<copy>(copy{space, nullptr, true, false, nullptr});
+    copies_.reserve(copies_.size() + 1);
+    made->memory = allocate(space);
     return *copies_.emplace_back(std::move(made));
 }
 
