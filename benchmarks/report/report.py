@@ -127,8 +127,31 @@ def behind(page, results):
         if peer < ours:
             lost.append(f"- {point['name']}: {point['best_peer']} takes {peer * 1e6:.1f} us, we take {ours * 1e6:.1f}; "
                         f"the computation alone takes {point['time']['component'] * 1e6:.1f}.")
+    lost += growth_behind(results) + opencl_behind(results)
     page.paragraph("## Where a peer is faster")
     page.paragraph("\n".join(lost) if lost else "In no row of this page.")
+
+
+def growth_behind(results):
+    lost = []
+    for g in results.growth:
+        for name, _, ours, alone, peer, ratio in growth_rows(g["observations"] + g["dimensions"]):
+            if float(ratio) < 1:
+                lost.append(f"- {name}, {g['threads']} threads: {peer} ns per element, we take {ours}; the computation alone "
+                            f"takes {alone}.")
+    return lost
+
+
+def opencl_behind(results):
+    lost = []
+    for row in results.opencl["rows"]:
+        ours, peer = (next(s for s in row["sides"] if s["name"] == name)
+                      for name in ("kurtosis", "kurtosis, Boost.Compute"))
+        if peer["seconds"] < ours["seconds"]:
+            lost.append(f"- OpenCL, kurtosis {row['type']} {row['layout']}: Boost.Compute is "
+                        f"{ours['seconds'] / peer['seconds']:.2f} times as fast; on this device every barrier of a group "
+                        "writes the values that cross it to memory.")
+    return lost
 
 
 def small_points(results):
