@@ -33,14 +33,14 @@ def cpu(results, folder):
              ("two-pass loop by hand", LOOP, lambda s: not s["ours"] and not s["library"]),
              ("fastest other library", LIBRARY, lambda s: s["library"])]
     for k, (label, colour, wanted) in enumerate(kinds):
-        axes.barh([i + (1 - k) * 0.27 for i in range(len(rows))], [fastest(r["sides"], wanted) for r in rows], 0.25,
+        axes.barh([i + (k - 1) * 0.27 for i in range(len(rows))], [fastest(r["sides"], wanted) for r in rows], 0.25,
                   color=colour, label=label)
     axes.axvline(1, color=LIMIT, lw=1, ls="--")
     axes.set_yticks(range(len(rows)), [r["title"].removeprefix("kurtosis ") for r in rows])
     axes.invert_yaxis()
     axes.set_xlabel("speed relative to reading the data once (dashed line)")
     axes.set_title("Kurtosis at the speed of memory", pad=28)
-    axes.legend(loc="lower left", bbox_to_anchor=(0, 1), ncol=3)
+    axes.legend(loc="lower left", bbox_to_anchor=(-0.3, 1), ncol=3, fontsize=9)
     save(figure, folder, "cpu.svg")
 
 
@@ -118,12 +118,13 @@ def opencl(results, folder):
 def digits(results, folder):
     """Points: digits of kurtosis of each side on each set."""
     entries = [e for e in results.python.get("digits", []) if not e["weighted"]]
-    sides = sorted({name for e in entries for name in e["sides"]}, key=lambda n: (n not in ("USM", "ours"), n))
+    sides = sorted({name for e in entries for name in e["sides"]}, key=lambda name: (not name.startswith("ours"), name))
+    colours = {name: colour for name, colour in zip(sides, (OURS, "#8fb8de", LIBRARY, LOOP, LIMIT))}
     figure, axes = plt.subplots(figsize=(9, 0.45 * len(entries) + 1.8))
     for k, side in enumerate(sides):
         at = [(e["sides"][side][3], i) for i, e in enumerate(entries) if side in e["sides"]]
-        axes.scatter([x for x, _ in at], [y + (k - len(sides) / 2) * 0.12 for _, y in at], s=40 if k == 0 else 22,
-                     color=OURS if k == 0 else None, label=side, zorder=3 if k == 0 else 2)
+        axes.scatter([x for x, _ in at], [y + (k - len(sides) / 2) * 0.12 for _, y in at], s=36, color=colours[side],
+                     label=side)
     axes.set_yticks(range(len(entries)), [e["name"] for e in entries])
     axes.invert_yaxis()
     axes.grid(axis="y", lw=0.3)
