@@ -104,7 +104,7 @@ void queue_impl::throw_asynchronous() {
             return;
         }
         errors.assign(errors_.begin(), errors_.end());
-        errors_.clear();
+        errors_.clear(); // which keeps the room for commands in flight
     }
     const exception_list list(std::move(errors));
     if (handler_) {
