@@ -25,17 +25,11 @@ const auto idle = [](const bs_work_item_t&, void*) {};
 class callback_log {
 public:
     void listen(bs_event_handle_t event, int number) {
-        {
-            const std::lock_guard lock(mutex_);
-            slots_.push_back({this, number});
-        }
-        check(bs_event_set_callback(
-            event,
-            [](void* user, bs_result_t status, const char* message) {
-                auto* s = static_cast<slot*>(user);
-                s->log->add(s->number, status, message);
-            },
-            &slots_.back()));
+        check(bs_event_set_callback(event, &called, add_slot(number)));
+    }
+    void listen(bs_command_t& command, int number) {
+        command.callback = &called;
+        command.user = add_slot(number);
     }
     std::vector<int> wait_for(std::size_t count) {
         std::unique_lock lock(mutex_);
@@ -52,6 +46,15 @@ private:
         callback_log* log;
         int number;
     };
+    slot* add_slot(int number) {
+        const std::lock_guard lock(mutex_);
+        slots_.push_back({this, number});
+        return &slots_.back();
+    }
+    static void called(void* user, bs_result_t status, const char* message) {
+        auto* s = static_cast<slot*>(user);
+        s->log->add(s->number, status, message);
+    }
     void add(int number, bs_result_t status, const char* message) {
         const std::lock_guard lock(mutex_);
         numbers_.push_back(number);
@@ -87,6 +90,23 @@ TEST(events, callbacks_run_once_in_order_before_and_after_completion) {
     EXPECT_EQ(log.message(), "");
     log.listen(done, 3);
     EXPECT_THAT(log.wait_for(3), ElementsAre(1, 2, 3));
+}
+
+TEST(events, commands_call_back_unless_they_are_refused) {
+    const queue q(device_with_threads(1));
+    const event done;
+    callback_log log;
+    bs_command_t command{};
+    command.signal = done;
+    log.listen(command, 1);
+    EXPECT_EQ(bs_command_queue_submit(q, &command), BS_SUCCESS);
+    EXPECT_THAT(log.wait_for(1), ElementsAre(1));
+    log.listen(command, 2);
+    EXPECT_EQ(bs_command_queue_submit(q, &command), BS_ERROR_INVALID_ARGUMENT) << "its event has completed";
+    command.signal = nullptr;
+    log.listen(command, 3);
+    EXPECT_EQ(bs_command_queue_submit(q, &command), BS_SUCCESS);
+    EXPECT_THAT(log.wait_for(2), ElementsAre(1, 3));
 }
 
 TEST(events, host_signals_are_told_by_a_thread_of_the_driver) {

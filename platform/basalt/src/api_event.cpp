@@ -69,8 +69,6 @@ bs_result_t bs_event_set_callback(bs_event_handle_t event, bs_event_callback_t c
         if (callback == nullptr) {
             basalt::throw_invalid("callback is null");
         }
-        event->listen([callback, user](bs_result_t status, const std::string& message) {
-            callback(user, status, message.c_str());
-        });
+        event->listen(basalt::listeners_of(callback, user));
     });
 }

@@ -44,9 +44,10 @@ public:
         failed_.store(true, std::memory_order_relaxed);
     }
 
-    failure why() const {
+    /// The first failure, if there was one; called once.
+    failure take_failure() {
         const std::lock_guard lock(mutex_);
-        return why_;
+        return std::move(why_);
     }
 
 private:
@@ -58,7 +59,7 @@ private:
     const std::size_t step_;
     alignas(64) std::atomic<std::size_t> next_{0};
     std::atomic<bool> failed_{false};
-    mutable std::mutex mutex_;
+    std::mutex mutex_;
     failure why_;
 };
 

@@ -7,8 +7,8 @@
 #include "work.hpp"
 
 #include <atomic>
+#include <list>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace basalt {
@@ -20,9 +20,18 @@ public:
     /// \p work may be null for a command that does nothing but wait. \p done is completed with the command.
     command(scheduler& target, std::unique_ptr<work> work, event_ref done);
 
-    /// Hands the command to its device as soon as all \p waits, and \p predecessor if there is one, have
-    /// completed. The failure of a wait fails the command, that of a predecessor does not.
-    void start_after(const std::vector<event_ref>& waits, const event_ref& predecessor);
+    /// What makes the command ready. The failure of a wait fails it, that of a predecessor does not.
+    struct conditions {
+        std::vector<event_ref> waits;
+        event::listeners on_waits; ///< one for each
+        event_ref predecessor;     ///< null if there is none
+        event::listeners on_predecessor;
+    };
+    /// Finds all memory that the command takes to start; the predecessor may be filled in later.
+    conditions make_conditions(std::vector<event_ref> waits);
+
+    /// Hands the command to its device as soon as the conditions, its own, are met.
+    void start_after(conditions what) noexcept;
 
     bool is_kernel() const { return work_ && work_->is_kernel(); }
     bool exhausted() const { return pieces_.exhausted(); }
@@ -37,7 +46,7 @@ public:
 private:
     friend class scheduler;
 
-    void dependency_completed();
+    void dependency_completed() noexcept;
 
     scheduler* scheduler_;
     std::unique_ptr<work> work_;
@@ -46,6 +55,7 @@ private:
     std::atomic<std::size_t> pending_{1};
 
     // Kept by the scheduler, under its lock.
+    std::list<std::shared_ptr<command>> place_{1}; ///< in its queue; made early, so that queueing cannot fail
     bool started_ = false;
     std::size_t participants_ = 0;
 };

@@ -30,15 +30,17 @@ void _bs_event_handle_t::wait() const {
     changed_.wait(lock, [this] { return completed(); });
 }
 
-void _bs_event_handle_t::listen(listener f) {
+void _bs_event_handle_t::listen(listeners added) noexcept {
     {
         const std::lock_guard lock(mutex_);
         if (!completed() || delivering_) {
-            listeners_.push_back(std::move(f));
+            listeners_.splice(listeners_.end(), added);
             return;
         }
     }
-    f(status_, message_);
+    for (const listener& each : added) {
+        each(status_, message_);
+    }
 }
 
 void _bs_event_handle_t::bind_to_command() {
@@ -89,16 +91,29 @@ void _bs_event_handle_t::settle(bs_result_t status, std::string message) {
 
 void _bs_event_handle_t::deliver() {
     for (;;) {
-        listener next;
+        listeners next;
         {
             const std::lock_guard lock(mutex_);
             if (listeners_.empty()) {
                 delivering_ = false;
                 return;
             }
-            next = std::move(listeners_.front());
-            listeners_.pop_front();
+            next.splice(next.begin(), listeners_, listeners_.begin());
         }
-        next(status_, message_);
+        next.front()(status_, message_);
     }
 }
+
+namespace basalt {
+
+event::listeners listeners_of(bs_event_callback_t callback, void* user) {
+    event::listeners result;
+    if (callback != nullptr) {
+        result.emplace_back([callback, user](bs_result_t status, const std::string& message) {
+            callback(user, status, message.c_str());
+        });
+    }
+    return result;
+}
+
+} // namespace basalt

@@ -9,8 +9,8 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <deque>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -24,6 +24,7 @@ struct _bs_event_handle_t {
 public:
     /// Called once with the status and the words of a failure; never under a lock.
     using listener = std::function<void(bs_result_t status, const std::string& message)>;
+    using listeners = std::list<listener>;
 
     _bs_event_handle_t() = default;
     _bs_event_handle_t(const _bs_event_handle_t&) = delete;
@@ -36,8 +37,9 @@ public:
     bs_result_t status() const { return status_; }
     const std::string& message() const { return message_; }
 
-    /// Calls \p f when the event completes, in order of registration; at once if that is over.
-    void listen(listener f);
+    /// Calls \p added when the event completes, in order of registration; at once if that is over. Listeners come in a
+    /// list, so that memory for them has been found before it is too late to fail.
+    void listen(listeners added) noexcept;
 
     /// The event will be completed by a command and by nobody else. Throws if it is bound or completed
     /// already.
@@ -69,5 +71,12 @@ private:
     bool delivering_ = false;
     bs_result_t status_ = BS_NOT_READY;
     std::string message_;
-    std::deque<listener> listeners_;
+    listeners listeners_;
 };
+
+namespace basalt {
+
+/// A caller's callback as the listener that it is; none if it is null.
+event::listeners listeners_of(bs_event_callback_t callback, void* user);
+
+} // namespace basalt

@@ -39,9 +39,10 @@ void scheduler::start_threads() {
     }
 }
 
-void scheduler::push(std::shared_ptr<command> ready) {
+void scheduler::push(const std::shared_ptr<command>& ready) noexcept {
     const std::lock_guard lock(mutex_);
-    ready_.push_back(std::move(ready));
+    ready->place_.front() = ready;
+    ready_.splice(ready_.end(), ready->place_);
     wake_one();
 }
 
@@ -125,10 +126,8 @@ std::shared_ptr<command> scheduler::next_command() {
     if (holds_ != 0 || ready_.empty()) {
         return nullptr;
     }
-    std::shared_ptr<command> c = std::move(ready_.front());
-    ready_.pop_front();
-    running_.push_back(c);
-    return c;
+    running_.splice(running_.end(), ready_, ready_.begin());
+    return running_.back();
 }
 
 void scheduler::start(std::unique_lock<std::mutex>& lock, command& c) {

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -29,7 +29,7 @@ public:
     void start_threads();
 
     /// Takes a command whose dependencies have completed.
-    void push(std::shared_ptr<command> ready);
+    void push(const std::shared_ptr<command>& ready) noexcept;
 
     void hold();
     /// False if there was no hold.
@@ -52,8 +52,8 @@ private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<std::thread> threads_;
-    std::deque<std::shared_ptr<command>> ready_;    ///< not started, in order of becoming ready
-    std::vector<std::shared_ptr<command>> running_; ///< being worked on, in order of starting
+    std::list<std::shared_ptr<command>> ready_;   ///< not started, in order of becoming ready
+    std::list<std::shared_ptr<command>> running_; ///< being worked on, in order of starting
     std::size_t holds_ = 0;
     std::size_t sleeping_ = 0;
     std::size_t spinning_ = 0;

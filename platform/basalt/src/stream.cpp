@@ -80,20 +80,22 @@ stream::~stream() {
 
 void stream::submit(const bs_command_t& what) {
     std::unique_ptr<work> work = make_work(what, *device_);
-    const std::vector<event_ref> waits = make_waits(what);
     const event_ref done(what.signal != nullptr ? what.signal : new event);
     const auto made = std::make_shared<command>(device_->scheduler(), std::move(work), done);
-    event_ref predecessor;
+    command::conditions conditions = made->make_conditions(make_waits(what));
+    event::listeners callback = listeners_of(what.callback, what.user);
     {
         const std::lock_guard lock(mutex_);
         make_room();
         done->bind_to_command();
         unfinished_.push_back(done);
         if (in_order_) {
-            predecessor = std::exchange(last_, done);
+            conditions.predecessor = std::exchange(last_, done);
         }
     }
-    made->start_after(waits, predecessor);
+    // From here on nothing can fail.
+    done->listen(std::move(callback));
+    made->start_after(std::move(conditions));
 }
 
 void stream::make_room() {

@@ -48,19 +48,6 @@ void end_command(void* user, bs_result_t status, const char* message) {
     (*done)->finish(failed ? std::make_exception_ptr(exception(errc::kernel, message)) : nullptr);
 }
 
-/// An event of the driver's for the time of one submission.
-class native_event {
-public:
-    native_event() { basalt::check(bs_event_create(&event_), "no event of the software GPU"); }
-    ~native_event() { bs_event_destroy(event_); }
-    native_event(const native_event&) = delete;
-    native_event& operator=(const native_event&) = delete;
-    bs_event_handle_t get() const { return event_; }
-
-private:
-    bs_event_handle_t event_ = nullptr;
-};
-
 } // namespace
 
 void* local_memory() noexcept {
@@ -81,17 +68,15 @@ queue::~queue() {
 }
 
 void queue::submit(bs_command_t what, std::shared_ptr<command> done) {
-    const native_event completion;
-    what.signal = completion.get();
+    auto user = std::make_unique<std::shared_ptr<command>>(std::move(done));
+    what.callback = &end_command;
+    what.user = user.get();
     const auto* const command_queue = std::get_if<_bs_command_queue_handle_t*>(&native_);
     check(command_queue != nullptr
               ? bs_command_queue_submit(*command_queue, &what)
               : bs_command_list_append(std::get<_bs_command_list_handle_t*>(native_), &what),
           "a command for the software GPU");
-    auto user = std::make_unique<std::shared_ptr<command>>(std::move(done));
-    check(bs_event_set_callback(completion.get(), &end_command, user.get()),
-          "a command for the software GPU");
-    user.release();
+    user.release(); // to end_command()
 }
 
 void queue::launch(const kernel_launch& what, std::shared_ptr<command> done) {

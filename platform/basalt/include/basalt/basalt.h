@@ -220,8 +220,12 @@ typedef struct bs_command_t {
     uint32_t n_waits;
     const bs_event_handle_t* waits;
     bs_event_handle_t signal; /**< completed with the command; may be null */
+    /** Called as by bs_event_set_callback() when the command completes; may be null. */
+    bs_event_callback_t callback;
+    void* user; /**< for the callback */
 } bs_command_t;
 
+/** \brief Takes a command, or refuses it: then nothing has happened, and its callback will not be called. */
 BS_API bs_result_t bs_command_queue_submit(bs_command_queue_handle_t queue, const bs_command_t* command);
 BS_API bs_result_t bs_command_list_append(bs_command_list_handle_t list, const bs_command_t* command);
 
