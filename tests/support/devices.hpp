@@ -47,9 +47,8 @@ inline constexpr std::size_t medium_limit = 96;
 inline constexpr std::size_t large_limit = 1024;
 #endif
 
-#ifdef QTX_TEST_OPENCL
 /// OpenCL devices that are, or are presented as, GPUs.
-inline std::vector<sycl::device> make_gpus() {
+inline std::vector<sycl::device> opencl_gpus() {
     std::vector<sycl::device> list;
     for (const auto& each : sycl::device::get_devices(sycl::info::device_type::gpu)) {
         if (each.get_backend() == sycl::backend::opencl) {
@@ -57,6 +56,11 @@ inline std::vector<sycl::device> make_gpus() {
         }
     }
     return list;
+}
+
+#ifdef QTX_TEST_OPENCL
+inline std::vector<sycl::device> make_gpus() {
+    return opencl_gpus();
 }
 #else
 /// Software GPUs whose limits make anything from deep plans of small groups to single steps.

@@ -1,7 +1,9 @@
-// Every allocation of a call on a CPU device fails in turn on the caller's thread, alone or with all that follow: each time
+// Every allocation of a call fails in turn on the caller's thread, alone or with all that follow: each time
 // the call ends with an error that says so, or with the right result, and the next call succeeds.
 #include "calls.hpp"
 #include "failing_new.hpp"
+#include "support/devices.hpp"
+#include "support/optional.hpp"
 
 #include <gtest/gtest.h>
 
@@ -20,14 +22,16 @@ enum class outcome { not_reached, result, error };
 class allocation_failures : public testing::TestWithParam<mixed_call> {
 protected:
     void fail_each_in_turn(const sycl::device& device) {
-        sycl::queue sound = throwing_queue(device);
+        const sycl::context context(
+            device); // one, since no driver survives a failure while it compiles a kernel
+        sycl::queue sound = throwing_queue(context, device);
         const auto expected = GetParam().results(sound);
         for (const bool lasting : {false, true}) {
             int errors = 0, results = 0;
             for (int n = 0; n < most_allocations; ++n) {
                 SCOPED_TRACE("allocation " + std::to_string(n) +
                              (lasting ? " and all that follow" : " alone"));
-                sycl::queue queue = throwing_queue(device); // one that has kept no memory for errors
+                sycl::queue queue = throwing_queue(context, device); // one that has kept no memory for errors
                 const outcome ended = call_with_failure(queue, n, lasting, expected);
                 EXPECT_EQ(GetParam().results(queue), expected) << "the call after it";
                 if (ended == outcome::not_reached || HasFailure()) {
@@ -73,6 +77,20 @@ private:
 TEST_P(allocation_failures, on_a_cpu) {
     fail_each_in_turn(sycl::device(sycl::cpu_selector_v));
 }
+
+TEST_P(allocation_failures, on_a_gpu_in_several_passes) {
+    fail_each_in_turn(gpu_with_limit(4));
+}
+
+#ifdef WEAR_ON_OPENCL
+TEST_P(allocation_failures, on_an_opencl_device) {
+    const auto devices = opencl_gpus();
+    if (devices.empty()) {
+        SUPPORT_MISSING("no OpenCL device");
+    }
+    fail_each_in_turn(devices.front());
+}
+#endif
 
 INSTANTIATE_TEST_SUITE_P(calls, allocation_failures, testing::ValuesIn(mixed_calls()),
                          [](const auto& chosen) { return "number" + std::to_string(chosen.index); });

@@ -124,8 +124,8 @@ std::vector<mixed_call> mixed_calls() {
     };
 }
 
-sycl::queue throwing_queue(const sycl::device& device) {
-    return sycl::queue(device, [](const sycl::exception_list& errors) {
+sycl::queue throwing_queue(const sycl::context& context, const sycl::device& device) {
+    return sycl::queue(context, device, [](const sycl::exception_list& errors) {
         for (const auto& error : errors) {
             std::rethrow_exception(error);
         }

@@ -19,6 +19,6 @@ struct mixed_call {
 std::vector<mixed_call> mixed_calls();
 
 /// A queue whose asynchronous errors are thrown by wait_and_throw().
-sycl::queue throwing_queue(const sycl::device& device);
+sycl::queue throwing_queue(const sycl::context& context, const sycl::device& device);
 
 } // namespace test

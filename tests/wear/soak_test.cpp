@@ -33,10 +33,8 @@ double resident_megabytes() {
 std::vector<sycl::device> all_devices() {
     std::vector<sycl::device> devices{sycl::device(sycl::cpu_selector_v), gpu_with_limit(4),
                                       gpu_with_limit(medium_limit)};
-    for (const auto& each : sycl::device::get_devices(sycl::info::device_type::gpu)) {
-        if (each.get_backend() == sycl::backend::opencl) {
-            devices.push_back(each);
-        }
+    for (const auto& each : opencl_gpus()) {
+        devices.push_back(each);
     }
     return devices;
 }
@@ -45,7 +43,7 @@ class soak {
 public:
     soak() : devices_(all_devices()), calls_(mixed_calls()) {
         for (const auto& device : devices_) {
-            sycl::queue queue = throwing_queue(device);
+            sycl::queue queue = throwing_queue(sycl::context(device), device);
             for (const auto& call : calls_) {
                 expected_[{&device, &call}] = call.results(queue);
             }
@@ -73,7 +71,7 @@ public:
 private:
     int use_one_queue(std::mt19937_64& random) {
         const auto& device = devices_[random() % devices_.size()];
-        sycl::queue queue = throwing_queue(device);
+        sycl::queue queue = throwing_queue(sycl::context(device), device);
         const int n_calls = 1 + static_cast<int>(random() % 20);
         for (int i = 0; i < n_calls; ++i) {
             const auto& call = calls_[random() % calls_.size()];

@@ -41,11 +41,11 @@ void buffer_impl::mark_valid_on_host() {
 }
 
 void buffer_impl::order(const requirement& use, const memory_space& space,
-                        const std::shared_ptr<command>& user) {
+                        const std::shared_ptr<command>& user, std::vector<std::shared_ptr<command>>& movers) {
     forget_completed();
     copy& target = copy_in(space);
     if (use.reads()) {
-        bring_contents(target);
+        bring_contents(target, movers);
         user->order_after(target.producer);
     }
     if (use.writes()) {
@@ -91,29 +91,43 @@ void buffer_impl::free(const copy& old) const {
     }
 }
 
-/// A copy between memories is a command of its own: it reads one copy of the buffer and produces another.
-void buffer_impl::bring_contents(copy& target) {
+void buffer_impl::bring_contents(copy& target, std::vector<std::shared_ptr<command>>& movers) {
     if (target.valid) {
         return;
     }
-    target.valid = true;
     const auto found = std::find_if(copies_.begin(), copies_.end(),
                                     [&](const auto& each) { return each->valid && each.get() != &target; });
     if (found == copies_.end()) {
-        return; // never written: there is nothing to bring
+        target.valid = true; // never written: there is nothing to bring
+        return;
     }
-    const auto mover = std::make_shared<command>(nullptr);
+    users_.reserve(users_.size() + 1);
+    movers.reserve(movers.size() + 1);
+    const auto mover = make_mover(target, **found);
+    target.producer = mover;
+    target.valid = true;
+    users_.push_back(mover);
+    movers.push_back(mover);
+}
+
+/// A copy between memories is a command of its own: it reads one copy of the buffer and produces another.
+std::shared_ptr<command> buffer_impl::make_mover(const copy& target, const copy& source) {
+    auto mover = std::make_shared<command>(nullptr);
+    mover->keep(shared_from_this());
     mover->set_action(
-        [to = target.memory, from = (*found)->memory, n = bytes_](const std::shared_ptr<command>& self) {
-            post_to_host_threads([=] {
+        [to = target.memory, from = source.memory, n = bytes_](const std::shared_ptr<command>& self) {
+            const auto move = [=] {
                 std::memcpy(to, from, n);
                 self->finish(nullptr);
-            });
+            };
+            try {
+                post_to_host_threads(move);
+            } catch (const std::bad_alloc&) {
+                move(); // others rely on it
+            }
         });
-    mover->order_after((*found)->producer);
-    mover->release_into_graph();
-    target.producer = mover;
-    users_.push_back(mover);
+    mover->order_after(source.producer);
+    return mover;
 }
 
 void buffer_impl::become_writer(copy& target, const std::shared_ptr<command>& user) {

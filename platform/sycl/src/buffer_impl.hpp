@@ -36,7 +36,7 @@ struct requirement {
  * The storage of a buffer: at most one copy in each memory space, the ones with the current contents marked
  * valid. All members are called with the graph lock held, unless told otherwise.
  */
-class buffer_impl {
+class buffer_impl : public std::enable_shared_from_this<buffer_impl> {
 public:
     /// \p host may be null; otherwise it is the copy on the host, valid from the start and owned by the
     /// caller.
@@ -53,9 +53,11 @@ public:
 
     /**
      * Orders \p user behind the commands that its use conflicts with, brings the contents to its space if
-     * they are elsewhere, and records the use for the commands to come.
+     * they are elsewhere, and records the use for the commands to come. \p movers receives the command that
+     * brings them, to be released without the lock, whatever else fails.
      */
-    void order(const requirement& use, const memory_space& space, const std::shared_ptr<command>& user);
+    void order(const requirement& use, const memory_space& space, const std::shared_ptr<command>& user,
+               std::vector<std::shared_ptr<command>>& movers);
 
 private:
     struct copy {
@@ -69,7 +71,8 @@ private:
     copy& copy_in(const memory_space& space);
     void* allocate(const memory_space& space) const;
     void free(const copy& old) const;
-    void bring_contents(copy& target);
+    void bring_contents(copy& target, std::vector<std::shared_ptr<command>>& movers);
+    std::shared_ptr<command> make_mover(const copy& target, const copy& source);
     void become_writer(copy& target, const std::shared_ptr<command>& user);
     void forget_completed();
 

@@ -34,6 +34,16 @@ std::exception_ptr not_run(const std::exception_ptr& cause) try {
     return cause;
 }
 
+/// Movements of buffers that a submission has entered into the graph: others rely on them, even if it fails then.
+struct movers_to_start {
+    ~movers_to_start() {
+        for (const auto& each : list) {
+            each->release();
+        }
+    }
+    mutable std::vector<std::shared_ptr<command>> list;
+};
+
 } // namespace
 
 command::command(std::shared_ptr<queue_impl> queue)
@@ -61,8 +71,8 @@ void command::submit(const std::vector<std::shared_ptr<command>>& needed,
                      const std::vector<std::shared_ptr<command>>& earlier,
                      const std::vector<requirement>& requirements, const memory_space& space) {
     const auto self = shared_from_this();
-    bool ready = false;
     {
+        const movers_to_start movers;
         const std::lock_guard guard(graph_lock());
         for (const auto& other : needed) {
             depend_on(other, true);
@@ -71,15 +81,25 @@ void command::submit(const std::vector<std::shared_ptr<command>>& needed,
             depend_on(other, false);
         }
         for (const auto& use : requirements) {
-            use.buffer->order(use, space, self);
+            use.buffer->order(use, space, self, movers.list);
         }
         prepare_native_events();
-        ready = !handed_over_ && --unmet_ == 0;
     }
     if (handed_over_) {
-        hand_over();
-    } else if (ready) {
-        start();
+        start(); // the graph goes on with this command only when the back end has it
+    }
+    release();
+}
+
+/// Drops the one unmet dependency that every command begins with.
+void command::release() {
+    bool ready = false;
+    {
+        const std::lock_guard guard(graph_lock());
+        ready = --unmet_ == 0;
+    }
+    if (ready) {
+        proceed();
     }
 }
 
@@ -117,19 +137,6 @@ std::shared_ptr<backend_event> command::event_for(native_queue& waiting, depende
     return signals_.emplace_back(signal{waiting.make_event(), use.needs_success}).event;
 }
 
-/// The graph goes on with this command only when the back end has it.
-void command::hand_over() {
-    start();
-    bool ready = false;
-    {
-        const std::lock_guard guard(graph_lock());
-        ready = --unmet_ == 0;
-    }
-    if (ready) {
-        proceed();
-    }
-}
-
 /// All dependencies are over.
 void command::proceed() {
     if (!handed_over_) {
@@ -153,12 +160,6 @@ void command::set_native_event(std::shared_ptr<backend_event> event) {
     native_event_ = std::move(event);
 }
 
-void command::release_into_graph() {
-    if (--unmet_ == 0) {
-        start();
-    }
-}
-
 void command::order_after(const std::shared_ptr<command>& other) {
     depend_on(other, false);
 }
@@ -168,8 +169,8 @@ void command::depend_on(const std::shared_ptr<command>& other, bool needs_succes
         return;
     }
     if (!other->complete()) {
-        other->dependents_.push_back({shared_from_this(), needs_success});
         dependencies_.push_back(other);
+        other->dependents_.push_back({shared_from_this(), needs_success}); // the last that may fail
         ++unmet_;
     } else if (needs_success && other->error_ != nullptr) {
         failed_dependency_ = other->error_;

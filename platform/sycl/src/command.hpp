@@ -55,8 +55,8 @@ public:
                 const std::vector<std::shared_ptr<command>>& earlier,
                 const std::vector<requirement>& requirements, const memory_space& space);
 
-    /// As submit(), with the graph lock held, for an action that only hands its work to another thread.
-    void release_into_graph();
+    /// Starts a command that was entered by order_after() alone, as soon as its dependencies allow.
+    void release();
 
     /// Ends the command; a non-null \p error is reported to its queue.
     void finish(std::exception_ptr error);
@@ -98,7 +98,6 @@ private:
     void prepare_native_events();
     std::shared_ptr<backend_event> event_for(native_queue& waiting, dependent& use);
     void start();
-    void hand_over();
     void proceed();
     bool begin_host_task();
     void let_waiters_begin() const;

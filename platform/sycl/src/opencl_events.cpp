@@ -53,11 +53,11 @@ void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
 
 /// Takes the entry of a command with it, whoever ends the command.
 struct entry_guard {
-    explicit entry_guard(std::uintptr_t which) : number(which) {}
+    entry_guard() = default;
     ~entry_guard() { in_flight().leave(number); }
     entry_guard(const entry_guard&) = delete;
     entry_guard& operator=(const entry_guard&) = delete;
-    std::uintptr_t number;
+    std::uintptr_t number = 0; ///< none yet
 };
 
 } // namespace
@@ -81,14 +81,22 @@ std::shared_ptr<backend_event> queue::make_event() {
     return std::make_shared<event>(std::move(made), context_.native(), true);
 }
 
-void queue::follow(cl_event native, std::shared_ptr<command> done) {
-    event_reference owned(native);
-    done->set_native_event(std::make_shared<event>(event_reference::share(native), context_.native(), false));
-    const auto number = in_flight().enter(done);
-    done->keep(std::make_shared<entry_guard>(number));
-    check(clSetEventCallback(native, CL_COMPLETE, &end_command, reinterpret_cast<void*>(number)),
-          "a command of OpenCL");
-    clFlush(this->native());
+completion::completion(std::shared_ptr<command> done, cl_context context)
+    : done_(std::move(done)), event_(std::make_shared<event>(event_reference(), context, false)) {
+    const auto entry = std::make_shared<entry_guard>();
+    done_->keep(entry);
+    entry->number = number_ = in_flight().enter(done_);
+}
+
+void completion::follow(cl_event native) {
+    event_->set_native(event_reference(native));
+    done_->set_native_event(event_);
+    const cl_int status =
+        clSetEventCallback(native, CL_COMPLETE, &end_command, reinterpret_cast<void*>(number_));
+    if (status != CL_SUCCESS) {
+        clWaitForEvents(1, &native); // its memory may go only when it has run
+        check(status, "a command of OpenCL");
+    }
 }
 
 } // namespace sycl::detail::opencl

@@ -92,6 +92,7 @@ void queue::set_arguments(cl_kernel kernel, const kernel_launch& what) {
 void queue::launch(const kernel_launch& what, std::shared_ptr<command> done) {
     const auto built = kernel_of(what);
     const wait_list waits(*done);
+    completion end(std::move(done), context_.native());
     const std::size_t global = what.n_groups * what.local_size;
     const std::size_t local = what.local_size;
     cl_event native_event = nullptr;
@@ -102,11 +103,13 @@ void queue::launch(const kernel_launch& what, std::shared_ptr<command> done) {
                                      waits.data(), &native_event),
               "a kernel cannot be enqueued");
     }
-    follow(native_event, std::move(done));
+    end.follow(native_event);
+    clFlush(native());
 }
 
 void queue::copy(const memory_copy& what, std::shared_ptr<command> done) {
     const wait_list waits(*done);
+    completion end(std::move(done), context_.native());
     cl_event native_event = nullptr;
     if (what.bytes == 0) {
         check(clEnqueueMarkerWithWaitList(native(), waits.size(), waits.data(), &native_event),
@@ -116,11 +119,13 @@ void queue::copy(const memory_copy& what, std::shared_ptr<command> done) {
                                  waits.data(), &native_event),
               "a copy cannot be enqueued");
     }
-    follow(native_event, std::move(done));
+    end.follow(native_event);
+    clFlush(native());
 }
 
 void queue::fill(const memory_fill& what, std::shared_ptr<command> done) {
     const wait_list waits(*done);
+    completion end(std::move(done), context_.native());
     const std::size_t bytes = what.pattern.size() * what.count;
     cl_event native_event = nullptr;
     if (bytes == 0) {
@@ -131,7 +136,8 @@ void queue::fill(const memory_fill& what, std::shared_ptr<command> done) {
                                   waits.size(), waits.data(), &native_event),
               "a fill cannot be enqueued");
     }
-    follow(native_event, std::move(done));
+    end.follow(native_event);
+    clFlush(native());
 }
 
 } // namespace sycl::detail::opencl

@@ -2,6 +2,7 @@
 
 #include "opencl_driver.hpp"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -14,6 +15,8 @@ public:
         : native_(std::move(native)), domain_(domain), ended_by_us_(ended_by_us) {}
 
     cl_event native() const { return native_.get(); }
+    /// For an event that was made before the driver's.
+    void set_native(event_reference native) { native_ = std::move(native); }
     const void* domain() const override { return domain_; }
     void end(bool success) override;
 
@@ -43,12 +46,24 @@ private:
     std::size_t local_bytes(const kernel_launch& what) const;
     std::shared_ptr<built_kernel> kernel_of(const kernel_launch& what);
     void set_arguments(cl_kernel kernel, const kernel_launch& what);
-    /// Makes \p native, the event of an enqueued command, the one that ends \p done.
-    void follow(cl_event native, std::shared_ptr<command> done);
 
     context& context_;
     std::shared_ptr<device_impl> target_;
     queue_reference native_;
+};
+
+/// What ends a command when the driver has run it. Made before the command is enqueued: afterwards nothing may fail
+/// that would end it, and let go of its memory, while it runs.
+class completion {
+public:
+    completion(std::shared_ptr<command> done, cl_context context);
+    /// \p native, taken over, is the event of the enqueued command.
+    void follow(cl_event native);
+
+private:
+    std::shared_ptr<command> done_;
+    std::shared_ptr<event> event_;
+    std::uintptr_t number_;
 };
 
 /// The events that a command waits for, as the driver takes them.

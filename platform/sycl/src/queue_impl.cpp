@@ -54,6 +54,8 @@ std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>&
         made->submit(description.dependencies(), {previous}, description.requirements(), description.space());
     } catch (...) {
         made->finish(nullptr);
+        const std::lock_guard guard(lock_);
+        last_ = previous; // the next one of an in-order queue follows that
         throw;
     }
     return made;
