@@ -2,6 +2,7 @@
 
 #include <xxhash.h>
 
+#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -25,6 +26,19 @@ std::string digest(const void* data, std::size_t n_bytes) {
 }
 
 constexpr std::size_t digest_length = 32;
+
+/// Takes away what processes that were killed have left of the file; others may still be writing.
+void remove_old_unfinished(const std::filesystem::path& folder, const std::string& key) {
+    const auto long_ago = std::filesystem::file_time_type::clock::now() - std::chrono::minutes(10);
+    std::error_code ignored;
+    std::filesystem::directory_iterator file(folder, ignored);
+    for (; file != std::filesystem::directory_iterator(); file.increment(ignored)) {
+        const bool unfinished = file->path().filename().string().starts_with(key + ".");
+        if (unfinished && file->last_write_time(ignored) < long_ago) {
+            std::filesystem::remove(file->path(), ignored);
+        }
+    }
+}
 
 } // namespace
 
@@ -51,6 +65,7 @@ void translation_cache::store(const std::string& key, const std::string& bitcode
     if (folder_.empty() || (std::filesystem::create_directories(folder_, ignored), ignored)) {
         return;
     }
+    remove_old_unfinished(folder_, key);
     std::string unfinished = folder_ / (key + ".XXXXXX");
     const int descriptor = mkstemp(unfinished.data());
     if (descriptor < 0) {
