@@ -34,7 +34,7 @@ class TranslationCache(unittest.TestCase):
         self.addCleanup(self.folder.cleanup)
 
     def files(self):
-        return sorted(self.translations.iterdir())
+        return {file: file.read_bytes() for file in self.translations.iterdir()}
 
     def check_call(self):
         ended = describe(self.cache)
@@ -44,27 +44,29 @@ class TranslationCache(unittest.TestCase):
     def test_killed_in_the_middle_of_a_write(self):
         self.cache.mkdir()
         self.assertEqual(describe(self.cache, FEW_BYTES).returncode, -signal.SIGXFSZ)
-        [unfinished] = self.files()
-        self.assertEqual(unfinished.stat().st_size, FEW_BYTES)
+        [(unfinished, contents)] = self.files().items()
+        self.assertEqual(len(contents), FEW_BYTES)
         self.check_call()
-        [whole] = set(self.files()) - {unfinished}
-        self.assertGreater(whole.stat().st_size, FEW_BYTES)
+        whole = self.files()
+        self.assertEqual(whole.pop(unfinished), contents)
+        [intended] = [file for file in whole if unfinished.name.startswith(file.name)]
+        self.assertEqual(whole[intended][:FEW_BYTES], contents)
 
         # Another process may still be writing a young one; an old one goes with the next write.
         an_hour_ago = time.time() - 3600
         os.utime(unfinished, (an_hour_ago, an_hour_ago))
-        whole.unlink()
+        intended.unlink()
         self.check_call()
-        self.assertEqual(self.files(), [whole])
+        self.assertEqual(self.files(), whole)
 
     def test_damaged_file_is_replaced(self):
         self.check_call()
-        [whole] = self.files()
-        sound = whole.read_bytes()
-        for damaged in (b"", sound[:-1], sound[:40] + b"?" + sound[41:]):
-            whole.write_bytes(damaged)
+        sound = self.files()
+        for damage in (lambda old: b"", lambda old: old[:-1], lambda old: old[:40] + b"?" + old[41:]):
+            for file, contents in sound.items():
+                file.write_bytes(damage(contents))
             self.check_call()
-            self.assertEqual(whole.read_bytes(), sound)
+            self.assertEqual(self.files(), sound)
 
     def test_folder_that_cannot_be_made(self):
         self.cache.mkdir()
