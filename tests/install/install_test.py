@@ -101,6 +101,21 @@ class Install(unittest.TestCase):
         printed = run(self.build_with_cmake() / "consumer", "opencl", SYCL_OPENCL_DEVICE_TYPE="gpu")
         self.assertEqual(printed, consumer.ESTIMATES)
 
+    @unittest.skipUnless("--opencl" in sys.argv, "this build has no device images")
+    def test_translator_that_cannot_be_loaded(self):
+        translator = self.prefix / options.libdir / "libsycl_translator.so"
+        aside = self.folder / "translator"
+        translator.rename(aside)
+        self.addCleanup(aside.replace, translator)
+        tool = (self.prefix / "bin" / "qtx-describe", "--json", SOURCE / "data" / "iris.csv", "--device")
+        nothing_kept = {"SYCL_OPENCL_DEVICE_TYPE": "gpu", "POCL_CACHE_DIR": str(self.folder / "empty cache")}
+        for contents, words in ((None, "cannot open"), ("no library", "file too short")):
+            if contents is not None:
+                translator.write_text(contents)
+            with self.assertRaisesRegex(AssertionError, f"no translator: .*libsycl_translator.so: {words}"):
+                run(*tool, "opencl", **nothing_kept)
+            self.assertIn('"min":[4.3,', run(*tool, "gpu").replace(" ", ""))
+
     def test_command_line_tool(self):
         arguments = (SOURCE / "data" / "iris.csv", "--json")
         tool = self.prefix / "bin" / "qtx-describe"
