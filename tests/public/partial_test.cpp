@@ -12,8 +12,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <numeric>
 
 namespace {
@@ -213,8 +215,12 @@ TEST(partial, identity_and_order_of_sides_do_not_matter) {
 }
 
 const std::vector<sycl::device>& devices() {
-    static const std::vector<sycl::device> list{sycl::device(sycl::cpu_selector_v), test::gpu_with_limit(4),
-                                                test::gpu_with_limit(test::large_limit)};
+    static const std::vector<sycl::device> list = [] {
+        std::vector all{sycl::device(sycl::cpu_selector_v), test::gpu_with_limit(4),
+                        test::gpu_with_limit(test::large_limit)};
+        std::ranges::copy(test::opencl_gpus(), std::back_inserter(all));
+        return all;
+    }();
     return list;
 }
 
