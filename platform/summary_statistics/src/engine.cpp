@@ -8,6 +8,7 @@
 #include <limits>
 #include <new>
 #include <omp.h>
+#include <optional>
 
 namespace tsb {
 
@@ -74,7 +75,7 @@ public:
         const std::int64_t per_thread = unit_scratch::size(layout_, task_.weights != nullptr);
         const std::int64_t kept =
             layout_.n_chunks > 1 ? layout_.n_panels * layout_.n_chunks * totals::size(pitch_) : 0;
-        const arena memory(tables + n_threads_ * per_thread + kept);
+        const arena& memory = memory_.emplace(tables + n_threads_ * per_thread + kept);
         if (!memory.get()) {
             return false;
         }
@@ -115,7 +116,7 @@ private:
     }
 
     void run_team(double* scratch, std::int64_t per_thread) {
-        const int grain =
+        const int grain = // NOLINT(clang-analyzer-deadcode.DeadStores): the schedule takes it
             static_cast<int>(std::clamp<std::int64_t>(layout_.n_units() / (n_threads_ * 16), 1, 4096));
         team_edge::release();
 #pragma omp parallel num_threads(static_cast <int>(n_threads_))
@@ -182,6 +183,7 @@ private:
     std::int64_t pitch_;
     std::int64_t n_threads_;
     double* kept_ = nullptr;
+    std::optional<arena> memory_;
 };
 
 } // namespace

@@ -119,7 +119,6 @@ struct moments {
     }
 
     HWY_INLINE void merge(const moments& b, const weights_of_merge& w) {
-        const tag d;
         const vec delta = hn::Add(hn::Sub(b.mean_high, mean_high), hn::Sub(b.mean_low, mean_low));
         if constexpr (order >= 2) {
             merge_sums(b, w, delta);

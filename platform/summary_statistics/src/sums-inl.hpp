@@ -9,6 +9,7 @@
 #include "kernels.hpp"
 #include "load-inl.hpp"
 
+#include <algorithm>
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -19,7 +20,7 @@ namespace HWY_NAMESPACE {
 /// bits.
 template <int C>
 struct central_sums {
-    vec shift, s[C > 0 ? C : 1];
+    vec shift, s[std::max(C, 1)];
 
     HWY_INLINE void load(const lane_arrays& a, std::int64_t i, const double* part) {
         if constexpr (C > 0) {
@@ -86,7 +87,7 @@ struct central_sums {
 /// The sums about zero, to order R.
 template <int R>
 struct raw_sums {
-    vec s[R > 0 ? R : 1];
+    vec s[std::max(R, 1)];
 
     HWY_INLINE void load(const double* part) {
         for (int k = 0; k < R; ++k) {

@@ -65,7 +65,7 @@ HWY_INLINE weight_sums prepare_streams(const weight_streams& from, double* prepa
             hn::StoreU(w, d, prepared + s * prepared_gap + i);
             sums.add(s, w);
         }
-        if (steps % (n_streams * rounds_of_part) == 0) {
+        if (steps % (std::int64_t{n_streams} * rounds_of_part) == 0) {
             sums.flush();
         }
     }

@@ -38,7 +38,8 @@ private:
 
 class device final : public device_impl {
 public:
-    device(std::shared_ptr<platform_impl> platform, bs_device_handle_t native, const bs_device_desc_t& desc);
+    device(const std::shared_ptr<platform_impl>& platform, bs_device_handle_t native,
+           const bs_device_desc_t& desc);
     bs_device_handle_t native() const { return native_; }
 
 private:

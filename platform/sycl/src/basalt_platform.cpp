@@ -134,7 +134,7 @@ std::shared_ptr<context_impl> platform::make_context(device_list devices, async_
     return std::make_shared<context>(std::move(devices), std::move(handler), made, true);
 }
 
-device::device(std::shared_ptr<platform_impl> platform, bs_device_handle_t native,
+device::device(const std::shared_ptr<platform_impl>& platform, bs_device_handle_t native,
                const bs_device_desc_t& desc)
     : device_impl(platform, facts_of(desc, platform->facts())), native_(native) {}
 

@@ -76,7 +76,7 @@ void queue::submit(bs_command_t what, std::shared_ptr<command> done) {
               ? bs_command_queue_submit(*command_queue, &what)
               : bs_command_list_append(std::get<_bs_command_list_handle_t*>(native_), &what),
           "a command for the software GPU");
-    user.release(); // to end_command()
+    static_cast<void>(user.release()); // to end_command()
 }
 
 void queue::launch(const kernel_launch& what, std::shared_ptr<command> done) {

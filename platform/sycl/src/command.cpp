@@ -194,7 +194,7 @@ void command::start() {
     }
 }
 
-void command::finish(std::exception_ptr error) {
+void command::finish(const std::exception_ptr& error) {
     if (finished_.exchange(true)) {
         return; // a back end and the graph may both learn of a failure
     }

@@ -59,7 +59,7 @@ public:
     void release();
 
     /// Ends the command; a non-null \p error is reported to its queue.
-    void finish(std::exception_ptr error);
+    void finish(const std::exception_ptr& error);
 
     /// What the back end waits for before it runs a command that it is given early.
     const std::vector<std::shared_ptr<backend_event>>& wait_list() const { return wait_list_; }

@@ -55,7 +55,7 @@ detail::device_list devices_of(cl_context native) {
 template <typename Value>
 Value queue_value(cl_command_queue native, cl_command_queue_info what) {
     Value result{};
-    cl::check(clGetCommandQueueInfo(native, what, sizeof result, &result, nullptr), "a queue of OpenCL");
+    cl::check(clGetCommandQueueInfo(native, what, sizeof(Value), &result, nullptr), "a queue of OpenCL");
     return result;
 }
 

@@ -66,6 +66,7 @@ std::vector<std::shared_ptr<platform>> make_platforms() {
     std::vector<cl_platform_id> natives(count);
     check(clGetPlatformIDs(count, natives.data(), nullptr), "OpenCL platforms");
     std::vector<std::shared_ptr<platform>> result;
+    result.reserve(count);
     for (const auto native : natives) {
         result.push_back(std::make_shared<platform>(
             platform_facts{platform_text(native, CL_PLATFORM_NAME), platform_text(native, CL_PLATFORM_VENDOR),

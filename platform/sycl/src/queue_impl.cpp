@@ -44,7 +44,7 @@ queue_impl::~queue_impl() {
 std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>& group) {
     command_group description(shared_from_this());
     description.describe(group);
-    const auto made = description.command();
+    auto made = description.command();
     std::unique_lock chain(order_, std::defer_lock);
     if (in_order_) {
         chain.lock();
