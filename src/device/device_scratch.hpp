@@ -24,30 +24,30 @@ public:
      * \throws device_bad_alloc, with everything freed, if one of them cannot be had; all are tried first
      */
     device_scratch(const sycl::queue& queue, const char* estimate, std::initializer_list<std::size_t> sizes)
-        : context_(queue.get_context()) {
+        : device_scratch(queue) { // from here on the destructor frees, whatever is thrown
+        arrays_.reserve(sizes.size());
         for (const std::size_t size : sizes) {
             arrays_.push_back(size == 0 ? nullptr : sycl::malloc_device<T>(size, queue));
         }
         if (!std::equal(sizes.begin(), sizes.end(), arrays_.begin(),
                         [](std::size_t size, const T* array) { return size == 0 || array != nullptr; })) {
-            free_all();
             throw device_bad_alloc("stats", estimate, queue.get_device());
         }
     }
     device_scratch(const device_scratch&) = delete;
     device_scratch& operator=(const device_scratch&) = delete;
-    ~device_scratch() { free_all(); }
-
-    T* operator[](std::size_t i) const { return arrays_[i]; }
-
-private:
-    void free_all() {
+    ~device_scratch() {
         for (T* array : arrays_) {
             if (array != nullptr) {
                 sycl::free(array, context_);
             }
         }
     }
+
+    T* operator[](std::size_t i) const { return arrays_[i]; }
+
+private:
+    explicit device_scratch(const sycl::queue& queue) : context_(queue.get_context()) {}
 
     sycl::context context_;
     std::vector<T*> arrays_;

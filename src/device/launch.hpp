@@ -44,16 +44,24 @@ void require_data(sycl::handler& handler, const Helper& helper, const Functor& f
 
 /**
  * \brief Submits the passes of a plan of several, in order. \p steps has `first(pass)`, `intermediate(pass)`
- * and `last(pass)`, each of which submits one command and returns its event.
+ * and `last(pass)`, each of which submits one command and returns its event. If one cannot be submitted, those before it
+ * no longer read the caller's pointers when the error leaves: the caller gets no event to wait for.
  */
 template <typename Steps>
 sycl::event submit_passes(const launch_plan& plan, Steps& steps) {
     const auto& passes = plan.passes();
-    steps.first(passes.front());
-    for (std::size_t i = 1; i + 1 < passes.size(); ++i) {
-        steps.intermediate(passes[i]);
+    sycl::event newest = steps.first(passes.front());
+    try {
+        for (std::size_t i = 1; i + 1 < passes.size(); ++i) {
+            newest = steps.intermediate(passes[i]);
+        }
+        return steps.last(passes.back());
+    } catch (...) {
+        if constexpr (Steps::usm) {
+            newest.wait();
+        }
+        throw;
     }
-    return steps.last(passes.back());
 }
 
 } // namespace aurelo::qtx::stats::detail::gpu

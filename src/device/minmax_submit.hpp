@@ -27,6 +27,7 @@ namespace aurelo::qtx::stats::detail::gpu {
 template <typename Functor, layout L, bool index_64>
 struct minmax_passes {
     using T = typename Functor::element_type;
+    static constexpr bool usm = Functor::usm;
 
     sycl::event first(const launch_pass& pass) {
         return settled(minmax_first_step<T, L, Functor, index_64>(queue, helper, functor, source,
