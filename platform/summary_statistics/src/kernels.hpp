@@ -11,8 +11,8 @@ namespace tsb {
 
 inline constexpr int n_streams = 4; ///< far-apart positions that a thread reads at a time
 inline constexpr int max_order = 4; ///< of the sums of powers
-inline constexpr std::int64_t max_lanes =
-    8; ///< doubles in the widest vector; the granule of every lane array
+/// Doubles in the widest vector; the granule of every lane array.
+inline constexpr std::int64_t max_lanes = 8;
 inline constexpr int max_parts_per_lane = 5; ///< of the sums that one kernel accumulates
 inline constexpr int min_vectors =
     4; ///< lanes of a stripe, in vectors: below that, additions wait for each other
