@@ -31,7 +31,7 @@ nlohmann::json point(const sycl::queue& queue, const matrix<double>& m, const op
     const auto& peer = c.best_peer();
     fmt::print("{:>5} x {:<10} {:<15} {:>10.3f} {:>10.3f} {:>10.3f} {:>10.3f} {}\n", m.dims, m.observations,
                m.by_dimension ? "by_dimension" : "by_observation", c.limit_seconds() / size,
-               c.named("USM").seconds / size, c.named("component").seconds / size, peer.seconds / size,
+               c.named("USM").seconds() / size, c.named("component").seconds() / size, peer.seconds() / size,
                peer.name);
     std::fflush(stdout);
     return c.to_json();

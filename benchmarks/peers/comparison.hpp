@@ -2,8 +2,8 @@
 #ifndef BENCHMARKS_PEERS_COMPARISON_HPP
 #define BENCHMARKS_PEERS_COMPARISON_HPP
 
+#include "contender.hpp"
 #include "reference.hpp"
-#include "rounds.hpp"
 
 #include <cstddef>
 #include <nlohmann/json_fwd.hpp>
@@ -11,18 +11,6 @@
 #include <vector>
 
 namespace peers {
-
-enum class kind { ours, loop, library };
-
-/// \brief A side that takes part in a row.
-struct contender {
-    std::string name;
-    kind what;
-    job run;
-    std::vector<double> values; ///< what the job has computed; its address is the job's output
-    double digits = 0;
-    bench::measured time = {};
-};
 
 struct row {
     estimate e;

@@ -35,9 +35,9 @@ job repeated(const job& call, std::int64_t times) {
 
 side_by_side::side_by_side(const sycl::queue& queue, const matrix<double>& m)
     : m_(m), reference_(reference_of(asked, reference_totals(m))) {
-    add("USM", false, [&](double* out) { return ours_usm(queue, asked, m, out); });
-    add("buffer", false, [&](double* out) { return ours_buffer(queue, asked, m, out); });
-    add("component", false, [&](double* out) { return component(asked, m, out); });
+    add("USM", kind::ours, [&](double* out) { return ours_usm(queue, asked, m, out); });
+    add("buffer", kind::ours, [&](double* out) { return ours_buffer(queue, asked, m, out); });
+    add("component", kind::ours, [&](double* out) { return component(asked, m, out); });
     add_peers(1, "");
     if (omp_get_max_threads() > 1) {
         add_peers(omp_get_max_threads(), fmt::format(" x{}", omp_get_max_threads()));
@@ -45,20 +45,23 @@ side_by_side::side_by_side(const sycl::queue& queue, const matrix<double>& m)
 }
 
 template <class Make>
-void side_by_side::add(const std::string& name, bool peer, Make&& make) {
-    side s{name, peer, {}, std::vector<double>(reference_.size())};
+void side_by_side::add(const std::string& name, kind what, Make&& make) {
+    contender s{name, what, {}, std::vector<double>(reference_.size())};
     s.run = make(s.values.data());
     sides_.push_back(std::move(s));
 }
 
 void side_by_side::add_peers(int threads, const std::string& suffix) {
     if (loop_exists(m_)) {
-        add("Eigen loop" + suffix, true, [&](double* out) { return eigen_loop(asked, m_, threads, out); });
+        add("Eigen loop" + suffix, kind::loop,
+            [&](double* out) { return eigen_loop(asked, m_, threads, out); });
     }
-    add("Eigen" + suffix, true, [&](double* out) { return eigen_expressions(asked, m_, threads, out); });
-    add("Armadillo" + suffix, true, [&](double* out) { return armadillo(asked, m_, threads, out); });
-    add("GSL" + suffix, true, [&](double* out) { return gsl(asked, m_, threads, out); });
-    add("Boost" + suffix, true, [&](double* out) { return boost_accumulators(asked, m_, threads, out); });
+    add("Eigen" + suffix, kind::library,
+        [&](double* out) { return eigen_expressions(asked, m_, threads, out); });
+    add("Armadillo" + suffix, kind::library, [&](double* out) { return armadillo(asked, m_, threads, out); });
+    add("GSL" + suffix, kind::library, [&](double* out) { return gsl(asked, m_, threads, out); });
+    add("Boost" + suffix, kind::library,
+        [&](double* out) { return boost_accumulators(asked, m_, threads, out); });
 }
 
 void side_by_side::measure(const bench::round_plan& plan, double sample_seconds) {
@@ -66,7 +69,7 @@ void side_by_side::measure(const bench::round_plan& plan, double sample_seconds)
     const job limit = [this, bytes] { sink = bench::read_memory(m_.data, bytes); };
     std::vector<std::int64_t> repeats;
     std::vector<job> jobs;
-    for (const side& s : sides_) {
+    for (const contender& s : sides_) {
         s.run();
         const double once = std::max(bench::seconds(s.run), 1e-9);
         repeats.push_back(
@@ -76,19 +79,20 @@ void side_by_side::measure(const bench::round_plan& plan, double sample_seconds)
     const auto measured = bench::measure_rounds(jobs, limit, plan);
     limit_seconds_ = measured.front().result.limit;
     for (std::size_t i = 0; i < sides_.size(); ++i) {
-        sides_[i].seconds = measured[i].result.seconds / static_cast<double>(repeats[i]);
+        sides_[i].time = measured[i];
+        sides_[i].time.result.seconds /= static_cast<double>(repeats[i]);
         sides_[i].digits = digits_of(asked, sides_[i].values.data(), reference_, false);
     }
 }
 
-const side_by_side::side& side_by_side::named(const std::string& name) const {
-    return *std::find_if(sides_.begin(), sides_.end(), [&](const side& s) { return s.name == name; });
+const contender& side_by_side::named(const std::string& name) const {
+    return *std::find_if(sides_.begin(), sides_.end(), [&](const contender& s) { return s.name == name; });
 }
 
-const side_by_side::side& side_by_side::best_peer() const {
-    const side* best = nullptr;
-    for (const side& s : sides_) {
-        if (s.peer && s.digits >= digits_wanted && (!best || s.seconds < best->seconds)) {
+const contender& side_by_side::best_peer() const {
+    const contender* best = nullptr;
+    for (const contender& s : sides_) {
+        if (s.what != kind::ours && s.digits >= digits_wanted && (!best || s.seconds() < best->seconds())) {
             best = &s;
         }
     }
@@ -101,8 +105,8 @@ const side_by_side::side& side_by_side::best_peer() const {
 
 nlohmann::json side_by_side::to_json() const {
     nlohmann::json sides = nlohmann::json::array();
-    for (const side& s : sides_) {
-        sides.push_back({{"name", s.name}, {"seconds", s.seconds}, {"digits", s.digits}});
+    for (const contender& s : sides_) {
+        sides.push_back({{"name", s.name}, {"seconds", s.seconds()}, {"digits", s.digits}});
     }
     return {{"dims", m_.dims},
             {"observations", m_.observations},

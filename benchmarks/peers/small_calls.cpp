@@ -14,9 +14,9 @@ std::string line(const side_by_side& c) {
     std::string text = fmt::format("8 x {:<7} {:<15}", c.data().observations,
                                    c.data().by_dimension ? "by_dimension" : "by_observation");
     for (const char* name : {"USM", "buffer", "component"}) {
-        text += fmt::format(" {:>10.2f}", c.named(name).seconds * 1e6);
+        text += fmt::format(" {:>10.2f}", c.named(name).seconds() * 1e6);
     }
-    return text + fmt::format(" {:>10.2f} {}\n", c.best_peer().seconds * 1e6, c.best_peer().name);
+    return text + fmt::format(" {:>10.2f} {}\n", c.best_peer().seconds() * 1e6, c.best_peer().name);
 }
 
 } // namespace
