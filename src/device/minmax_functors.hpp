@@ -16,15 +16,12 @@ namespace aurelo::qtx::stats::detail::gpu {
 template <typename T, bool is_usm>
 using minmax_output = array_of<T, is_usm, sycl::access_mode::write>;
 
-/** \brief Minimum of every dimension. */
+/** \brief The one output of an estimate with one reduction. */
 template <typename T, bool is_usm>
-struct min_func_fast {
-    using element_type = T;
-    using reductions = reduction_list<minimum_reduction<T>>;
+struct single_output {
     static constexpr bool usm = is_usm;
-    static constexpr const char* estimate = "min";
 
-    explicit min_func_fast(array_argument<T, is_usm> result) : out(result) {}
+    explicit single_output(array_argument<T, is_usm> result) : out(result) {}
 
     void set_requirements(sycl::handler& handler) const requires(!is_usm) { handler.require(out); }
 
@@ -36,24 +33,22 @@ struct min_func_fast {
     minmax_output<T, is_usm> out;
 };
 
+/** \brief Minimum of every dimension. */
+template <typename T, bool is_usm>
+struct min_func_fast : single_output<T, is_usm> {
+    using element_type = T;
+    using reductions = reduction_list<minimum_reduction<T>>;
+    static constexpr const char* estimate = "min";
+    using single_output<T, is_usm>::single_output;
+};
+
 /** \brief Maximum of every dimension. */
 template <typename T, bool is_usm>
-struct max_func_fast {
+struct max_func_fast : single_output<T, is_usm> {
     using element_type = T;
     using reductions = reduction_list<maximum_reduction<T>>;
-    static constexpr bool usm = is_usm;
     static constexpr const char* estimate = "max";
-
-    explicit max_func_fast(array_argument<T, is_usm> result) : out(result) {}
-
-    void set_requirements(sycl::handler& handler) const requires(!is_usm) { handler.require(out); }
-
-    template <std::size_t i>
-    const minmax_output<T, is_usm>& output() const {
-        return out;
-    }
-
-    minmax_output<T, is_usm> out;
+    using single_output<T, is_usm>::single_output;
 };
 
 /** \brief Minimum and maximum of every dimension in one pass. */
