@@ -64,3 +64,15 @@ TEST(contexts, know_their_devices_and_compare_by_identity) {
     EXPECT_EQ(sycl::queue(both, b).get_device(), b);
     EXPECT_EQ(sycl::queue(both, b).get_context(), both);
 }
+
+TEST(contexts, of_queues_made_without_one_are_one_for_each_device) {
+    const auto a = test::gpu_with_limit(2);
+    const sycl::queue first(a);
+    const sycl::queue second(a, sycl::property::queue::in_order());
+    EXPECT_EQ(first.get_context(), second.get_context());
+    EXPECT_NE(first.get_context(), sycl::context(a)) << "a context asked for is a new one";
+    EXPECT_NE(first.get_context(), sycl::queue(test::gpu_with_limit(3)).get_context());
+    auto* const memory = sycl::malloc_shared<int>(1, first);
+    EXPECT_EQ(sycl::get_pointer_type(memory, second.get_context()), sycl::usm::alloc::shared);
+    sycl::free(memory, second);
+}

@@ -19,6 +19,14 @@ bool device_impl::has(aspect which) const {
     return std::find(facts_.aspects.begin(), facts_.aspects.end(), which) != facts_.aspects.end();
 }
 
+std::shared_ptr<context_impl> device_impl::default_context() {
+    const std::lock_guard guard(lock_);
+    if (default_context_ == nullptr) {
+        default_context_ = platform_->make_context({shared_from_this()}, {});
+    }
+    return default_context_;
+}
+
 device best_device(const std::vector<device>& candidates, const device_rating& rating) {
     const device* best = nullptr;
     int best_score = -1;

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -84,9 +85,10 @@ struct device_facts {
     std::vector<aspect> aspects;
 };
 
+class context_impl;
 class platform_impl;
 
-class device_impl {
+class device_impl : public std::enable_shared_from_this<device_impl> {
 public:
     device_impl(std::shared_ptr<platform_impl> platform, device_facts facts);
     virtual ~device_impl() = default;
@@ -95,10 +97,15 @@ public:
     const device_facts& facts() const { return facts_; }
     backend get_backend() const;
     bool has(aspect which) const;
+    /// The context of all queues that are made without one, so that they share memory and built kernels. Made on
+    /// first use and, like the device, never destroyed.
+    std::shared_ptr<context_impl> default_context();
 
 private:
     std::shared_ptr<platform_impl> platform_;
     device_facts facts_;
+    std::mutex lock_;
+    std::shared_ptr<context_impl> default_context_;
 };
 
 using device_list = std::vector<std::shared_ptr<device_impl>>;

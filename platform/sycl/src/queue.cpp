@@ -27,7 +27,8 @@ queue::queue(const async_handler& handler, const property_list& properties)
 queue::queue(const device& device, const property_list& properties)
     : queue(device, async_handler(), properties) {}
 queue::queue(const device& device, const async_handler& handler, const property_list& properties)
-    : queue(sycl::context(device), device, handler, properties) {}
+    : queue(sycl::context(detail::impl_of<detail::device_impl>(device)->default_context()), device, handler,
+            properties) {}
 queue::queue(const context& context, const device& device, const property_list& properties)
     : queue(context, device, async_handler(), properties) {}
 queue::queue(const context& context, const device& device, const async_handler& handler,

@@ -19,7 +19,8 @@ class queue_impl;
 /**
  * Takes commands for one device. Commands run when what they depend on has finished, in any order that this
  * allows; with property::queue::in_order one after the other. Copies are handles to the same queue.
- * Destroying the last one does not wait for its commands.
+ * Destroying the last one does not wait for its commands. Queues that are made without a context share one for
+ * each device, so that memory allocated and kernels built for one of them serve all.
  */
 class SYCL_EXPORT queue : public detail::reference_semantics<queue> {
     template <typename Selector>
