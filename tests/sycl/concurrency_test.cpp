@@ -1,7 +1,10 @@
 #include "devices.hpp"
 
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -81,6 +84,29 @@ TEST(concurrency, events_are_waited_for_by_many_while_they_complete) {
             seen += value;
         });
         EXPECT_EQ(seen, 7 * n_threads);
+    }
+}
+
+// A program that waits for every task runs them on its own thread, and the pool sleeps on.
+TEST(concurrency, a_task_that_nobody_waits_for_runs_after_many_that_were_waited_for) {
+    sycl::queue queue(sycl::cpu_selector_v);
+    for (int round = 0; round < 20; ++round) {
+        for (int i = 0; i < 50; ++i) {
+            queue.submit([](sycl::handler& group) { group.host_task([] {}); }).wait();
+        }
+        std::promise<void> ran;
+        queue.submit([&](sycl::handler& group) { group.host_task([&] { ran.set_value(); }); });
+        ASSERT_EQ(ran.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready) << round;
+        std::vector<sycl::event> last;
+        int length = 0;
+        for (int i = 0; i < 5; ++i) {
+            last = {queue.submit([&](sycl::handler& group) {
+                group.depends_on(last);
+                group.host_task([&] { ++length; });
+            })};
+        }
+        last[0].wait();
+        ASSERT_EQ(length, 5) << round;
     }
 }
 

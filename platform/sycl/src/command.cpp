@@ -4,9 +4,7 @@
 #include "queue_impl.hpp"
 
 #include <algorithm>
-#include <chrono>
 #include <new>
-#include <thread>
 #include <unordered_set>
 #include <utility>
 
@@ -55,10 +53,7 @@ void command::set_host_task(std::shared_ptr<host_task_box> task) {
     keep(std::move(task));
     set_action([](const std::shared_ptr<command>& self) {
         try {
-            post_to_host_threads([self] {
-                self->let_waiters_begin();
-                self->run_host_task();
-            });
+            offer_to_host_threads(self);
         } catch (...) {
             if (self->begin_host_task()) {
                 throw; // else a thread that waits runs it already
@@ -255,8 +250,7 @@ info::event_command_status command::status() const {
 
 void command::wait() {
     wait_for_start();
-    // Waking a thread of the pool takes longer than a short task does.
-    run_host_task();
+    help();
     for (auto now = state_.load(std::memory_order_acquire); now != state::complete;
          now = state_.load(std::memory_order_acquire)) {
         state_.wait(now, std::memory_order_acquire);
@@ -266,6 +260,9 @@ void command::wait() {
 void command::wait_for_start() {
     if (state_.load(std::memory_order_acquire) == state::waiting) {
         run_next_host_tasks();
+    }
+    if (state_.load(std::memory_order_acquire) == state::waiting) {
+        hand_out_offers();
     }
     state_.wait(state::waiting, std::memory_order_acquire);
 }
@@ -279,7 +276,7 @@ void command::run_next_host_tasks() {
         return; // the threads of the pool get there too
     }
     for (const auto& other : next) {
-        other->run_host_task();
+        other->help();
     }
 }
 
@@ -290,18 +287,9 @@ bool command::begin_host_task() {
            !host_task_begun_.exchange(true);
 }
 
-/// A caller that waits right after it has submitted needs no thread but its own: two changes of threads would take longer
-/// than a small task does.
-void command::let_waiters_begin() const {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(3);
-    while (!host_task_begun_.load(std::memory_order_relaxed) && std::chrono::steady_clock::now() < end) {
-        std::this_thread::yield();
-    }
-}
-
-void command::run_host_task() {
+bool command::run_once() {
     if (!begin_host_task()) {
-        return;
+        return false;
     }
     const runtime_thread_scope scope;
     std::exception_ptr error;
@@ -311,6 +299,15 @@ void command::run_host_task() {
         error = std::current_exception();
     }
     finish(error);
+    return true;
+}
+
+/// Runs the host task, if there is one to run, on the thread of a user who waits.
+void command::help() {
+    if (host_task_ != nullptr && !begun()) {
+        withdraw_offer(*this);
+        run_once();
+    }
 }
 
 std::vector<std::shared_ptr<command>> command::unfinished_dependencies() {

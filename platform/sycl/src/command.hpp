@@ -2,6 +2,7 @@
 
 #include "buffer_impl.hpp"
 #include "driver.hpp"
+#include "shared_tasks.hpp"
 
 #include <sycl/handler.hpp>
 
@@ -25,7 +26,7 @@ std::mutex& graph_lock();
  * with one finish(). What it needs (kernel object, host task, accessors) goes before the command counts as
  * complete.
  */
-class command : public std::enable_shared_from_this<command> {
+class command final : public std::enable_shared_from_this<command>, public shared_task {
 public:
     using action = std::function<void(const std::shared_ptr<command>&)>;
 
@@ -100,8 +101,9 @@ private:
     void start();
     void proceed();
     bool begin_host_task();
-    void let_waiters_begin() const;
-    void run_host_task();
+    bool begun() const override { return host_task_begun_.load(std::memory_order_relaxed); }
+    bool run_once() override;
+    void help();
     void run_next_host_tasks();
     std::vector<std::shared_ptr<command>> unfinished_dependencies();
     void enter(state next);
