@@ -75,7 +75,7 @@ void _bs_context_handle_t::free(void* memory) {
 }
 
 _bs_context_handle_t::allocation _bs_context_handle_t::find(const void* memory) const {
-    const std::shared_lock lock(mutex_);
+    const std::lock_guard lock(mutex_);
     auto after = allocations_.upper_bound(address(memory));
     if (after != allocations_.begin()) {
         const allocation& candidate = std::prev(after)->second;
@@ -87,7 +87,7 @@ _bs_context_handle_t::allocation _bs_context_handle_t::find(const void* memory) 
 }
 
 void _bs_context_handle_t::check_unused() const {
-    const std::shared_lock lock(mutex_);
+    const std::lock_guard lock(mutex_);
     if (!allocations_.empty() || n_queues_ != 0) {
         basalt::throw_invalid("the context is in use: " + std::to_string(allocations_.size()) +
                               " allocations and " + std::to_string(n_queues_) + " queues are left");

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
-#include <shared_mutex>
 #include <vector>
 
 namespace basalt {
@@ -43,7 +42,7 @@ public:
 
 private:
     const std::vector<bs_device_handle_t> devices_;
-    mutable std::shared_mutex mutex_;
+    mutable std::mutex mutex_;
     std::map<std::uintptr_t, allocation> allocations_; ///< by base address
     std::atomic<std::size_t> n_queues_{0};
 };
