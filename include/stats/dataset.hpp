@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 namespace aurelo::qtx::stats {
 
@@ -38,8 +39,8 @@ struct dataset<L, sycl::buffer<T, 1>> {
     dataset(std::int64_t dimension_count, std::int64_t observation_count, sycl::buffer<T, 1> matrix,
             sycl::buffer<T, 1> observation_weights = sycl::buffer<T, 1>(sycl::range<1>(0)),
             sycl::buffer<std::int64_t, 1> mask = sycl::buffer<std::int64_t, 1>(sycl::range<1>(0)))
-        : n_dims(dimension_count), n_observations(observation_count), observations(matrix),
-          weights(observation_weights), indices(mask) {}
+        : n_dims(dimension_count), n_observations(observation_count), observations(std::move(matrix)),
+          weights(std::move(observation_weights)), indices(std::move(mask)) {}
 
     std::int64_t n_dims;             /**< number of dimensions */
     std::int64_t n_observations;     /**< number of observations */

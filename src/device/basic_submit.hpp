@@ -77,7 +77,7 @@ struct basic_passes {
     }
 
     sycl::event intermediate(const launch_pass& pass) {
-        const sycl::event event = next<false>(pass);
+        sycl::event event = next<false>(pass);
         std::swap(tmp, target);
         return event;
     }

@@ -35,7 +35,7 @@ struct minmax_passes {
     }
 
     sycl::event intermediate(const launch_pass& pass) {
-        const sycl::event event = next<false>(pass);
+        sycl::event event = next<false>(pass);
         std::swap(source, target);
         return event;
     }

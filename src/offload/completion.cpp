@@ -70,7 +70,8 @@ bool arrange_completion(int runtime, const sycl::event& last, void* interop) {
     return true;
 }
 
-cl_event qtx_tb_omp_get_native(sycl::event e) {
+// By value, as its callers were compiled.
+cl_event qtx_tb_omp_get_native(sycl::event e) { // NOLINT(performance-unnecessary-value-param)
     if (e.get_backend() != sycl::backend::opencl) {
         return nullptr;
     }

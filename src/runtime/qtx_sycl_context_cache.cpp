@@ -167,6 +167,8 @@ sycl::context* lookup_and_cache_nerva_context(void* context, void* device, qtx_g
     return find_or_make(cache, lock, key, [&] { return make_context(context, backend, sycl_device); });
 }
 
+// The context by value, as its callers were compiled.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 sycl::queue* lookup_and_cache_nerva_queue(void* queue, qtx_gpu_backend_t backend, sycl::context context,
                                           void* interop) {
     if (auto* const entry =

@@ -40,8 +40,8 @@ void write_out(const std::string& text) {
 }
 
 estimate_selection selection_of(const options& opts, bool cpu_path) {
-    const auto selection = opts.estimates ? select_estimates(*opts.estimates)
-                                          : default_estimates(opts.standard_method(), cpu_path);
+    auto selection = opts.estimates ? select_estimates(*opts.estimates)
+                                    : default_estimates(opts.standard_method(), cpu_path);
     check_selection(selection, opts.standard_method(), opts.mean.has_value());
     return selection;
 }

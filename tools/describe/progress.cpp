@@ -33,7 +33,7 @@ std::uintmax_t total_bytes(const std::vector<std::string>& paths) {
 }
 
 std::string progress_line(const reading_state& state, std::uintmax_t total) {
-    const std::string rows = fmt::format("{} rows", fmt::group_digits(state.rows));
+    std::string rows = fmt::format("{} rows", fmt::group_digits(state.rows));
     if (total == 0) {
         return rows;
     }
