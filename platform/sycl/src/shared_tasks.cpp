@@ -2,8 +2,11 @@
 
 #include "host_threads.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <iterator>
 #include <mutex>
 #include <new>
 #include <thread>
@@ -21,6 +24,9 @@ constexpr auto grace = 3us; ///< a thread that waits right after it has submitte
 /// A look every 100 us would take a tenth from a team of all processors.
 constexpr auto watch_period = 500us;
 constexpr int periods_of_rest = 4; ///< without offers, after which the watch ends
+
+/// As many as threads may offer and withdraw beside each other. What is further up stays until the next look.
+constexpr std::ptrdiff_t places_searched = 16;
 
 /// Never destroyed: threads of the pool may look at it during exit.
 struct notice_board {
@@ -126,10 +132,14 @@ void withdraw_offer(const shared_task& task) {
     if (!here.watched.load(std::memory_order_relaxed)) {
         return;
     }
-    std::shared_ptr<shared_task> last; // let go outside the lock
+    std::shared_ptr<shared_task> found; // let go outside the lock
     const std::lock_guard guard(here.lock);
-    if (!here.offers.empty() && here.offers.back().get() == &task) {
-        last = std::move(here.offers.back());
+    const auto end = here.offers.rbegin() + std::min(std::ssize(here.offers), places_searched);
+    const auto place =
+        std::find_if(here.offers.rbegin(), end, [&](const auto& each) { return each.get() == &task; });
+    if (place != end) {
+        found = std::move(*place);
+        std::swap(*place, here.offers.back());
         here.offers.pop_back();
     }
 }
