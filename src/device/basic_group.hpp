@@ -111,9 +111,7 @@ void load_totals(const Tmp& tmp, const sycl::local_accessor<T, 1>& local, std::s
         const T* const array = total_array(tmp, total);
         const std::size_t row = total_row(tmp, total, slot, d, stride);
         const std::size_t block = slot * local_size;
-        item.wait_for(begin_copy(item, local, block, array, row + tile.begin, tile.n_valid));
-        const std::size_t own = block + item.get_local_id(0);
-        local[own] = select(tile.surplus, T(0), T(local[own]));
+        copy_tile(item, local, block, array, row + tile.begin, tile);
     });
 }
 

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "dataset_helper.hpp"
+#include "dimension_walk.hpp"
 #include "group_tile.hpp"
 #include "select.hpp"
 #include "storage.hpp"
@@ -33,13 +34,11 @@ inline constexpr std::size_t
 template <bool row_layout, typename Helper, typename T>
 void fetch_tile(const Helper& helper, const sycl::local_accessor<T, 1>& local, const sycl::nd_item<1>& item,
                 const group_tile& tile, std::size_t d) {
-    const std::size_t lid = item.get_local_id(0);
     if constexpr (row_layout) {
-        item.wait_for(begin_copy(item, local, 0, helper.observations, d * helper.n_observations + tile.begin,
-                                 tile.n_valid));
-        local[lid] = select(tile.surplus, T(0), T(local[lid]));
+        copy_tile(item, local, 0, helper.observations, d * helper.n_observations + tile.begin, tile);
     } else {
-        local[lid] = select(tile.surplus, T(0), helper.element(d, tile.begin + tile.lane));
+        local[item.get_local_id(0)] =
+            select(tile.surplus(item), T(0), helper.element(d, tile.begin + tile.lane(item)));
     }
     sycl::group_barrier(item.get_group(), sycl::memory_scope::work_group);
 }
@@ -66,13 +65,13 @@ struct basic_kernel_single_step {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, 1, 0, local_size);
-        bool first = true;
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const auto [d, first, exists] = walk.next();
             fetch_tile<row_layout>(helper, local, item, tile, d);
             tmp.template calculate<typename Functor::orders>(local_pointer(local), d, item,
-                                                             helper.get_weight(tile.lane), 0, first);
+                                                             helper.get_weight(tile.lane(item)), 0, first);
             finish(functor, tmp, item, d);
-            first = false;
         }
     }
 };
@@ -92,13 +91,14 @@ struct basic_kernel_first_step {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, n_groups, tail, local_size);
-        bool first = true;
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const auto [d, first, exists] = walk.next();
             fetch_tile<row_layout>(helper, local, item, tile, d);
-            const element_type weight = helper.get_weight(tile.begin + tile.lane);
+            const element_type weight = helper.get_weight(tile.begin + tile.lane(item));
             tmp.template calculate<typename Functor::orders>(
-                local_pointer(local), d, item, select(tile.surplus, element_type(0), weight), tail, first);
-            first = false;
+                local_pointer(local), d, item, select(tile.surplus(item), element_type(0), weight), tail,
+                first);
         }
     }
 };
@@ -124,12 +124,12 @@ struct basic_kernel_next_step<Functor, row_layout, true, index_64> {
 
     void operator()(sycl::nd_item<1> item) const {
         using orders = typename Functor::orders;
-        bool first = true;
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const auto [d, first, exists] = walk.next();
             tmp.template load<orders>(local, d, item, tail, stride, first);
             tmp.template merge<orders>(local, d, item, first);
             finish(functor, tmp, item, d);
-            first = false;
         }
     }
 };
@@ -148,11 +148,11 @@ struct basic_kernel_next_step<Functor, row_layout, false, index_64> {
 
     void operator()(sycl::nd_item<1> item) const {
         using orders = typename Functor::orders;
-        bool first = true;
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const auto [d, first, exists] = walk.next();
             tmp.template load<orders>(local, d, item, tail, stride, first);
             target.template merge<orders>(local, d, item, first);
-            first = false;
         }
     }
 };

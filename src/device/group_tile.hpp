@@ -4,7 +4,7 @@
  *
  * Kernels keep to one shape, because OpenCL compilers for CPUs fail outside it: no barrier and no group
  * operation stands under an `if`, not even under a uniform one, nor beside continue, break or return; lanes
- * differ by selects over valid indices only, and in one branch: work-item 0 stores.
+ * differ by selects over valid indices only, and in branches around a store: that of work-item 0, or of the surplus.
  */
 #pragma once
 
@@ -14,24 +14,28 @@
 
 namespace aurelo::qtx::stats::detail::gpu {
 
-/** \brief The tile of one group as one of its work-items sees it. */
+/**
+ * \brief The tile of one group. What differs between its work-items is worked out where it is needed, from the
+ * local id as it stands there: a compiler that runs the work-items of a group in turn would otherwise keep it
+ * for each of them in memory, from one barrier to the next.
+ */
 struct group_tile {
     /** \param tail elements of the last group's tile, 0 if it is full */
-    group_tile(const sycl::nd_item<1>& item, std::size_t n_groups, std::size_t tail, std::size_t local_size) {
-        const std::size_t lid = item.get_local_id(0);
-        const bool last_group = item.get_group(0) == n_groups - 1;
-        // A tail of 0 wraps around and marks nothing.
-        surplus = last_group && tail - 1 < lid;
-        lane = surplus ? 0 : lid;
-        n_valid = last_group && tail != 0 ? tail : local_size;
-        begin = item.get_group(0) * local_size;
-    }
+    group_tile(const sycl::nd_item<1>& item, std::size_t n_groups, std::size_t tail, std::size_t local_size)
+        : begin(item.get_group(0) * local_size),
+          n_valid(item.get_group(0) == n_groups - 1 && tail != 0 ? tail : local_size) {}
+
+    /** \brief Whether the row has no element for this work-item. */
+    bool surplus(const sycl::nd_item<1>& item) const { return item.get_local_id(0) >= n_valid; }
+
+    /**
+     * \brief Place of this work-item's element in the tile; a surplus work-item gets the first, never one past an
+     * end.
+     */
+    std::size_t lane(const sycl::nd_item<1>& item) const { return surplus(item) ? 0 : item.get_local_id(0); }
 
     std::size_t begin;   /**< first element of the tile in its row */
-    std::size_t n_valid; /**< elements of the row in the tile, at least 1; the same for the whole group */
-    std::size_t lane;    /**< place of this work-item's element; a surplus work-item gets the first, never one
-                            past an end */
-    bool surplus;        /**< the row has no element for this work-item */
+    std::size_t n_valid; /**< elements of the row in the tile, at least 1 */
 };
 
 /**
@@ -59,6 +63,20 @@ auto begin_copy(const sycl::nd_item<1>& item, const sycl::local_accessor<T, 1>& 
         sycl::address_space_cast<sycl::access::address_space::global_space, sycl::access::decorated::yes>(
             source + offset),
         count);
+}
+
+/**
+ * \brief Copies \p tile from \p offset of a source into local memory; surplus lanes get 0. All work-items call it,
+ * and find it done.
+ */
+template <typename T, typename Source>
+void copy_tile(const sycl::nd_item<1>& item, const sycl::local_accessor<T, 1>& local,
+               std::size_t local_offset, const Source& source, std::size_t offset, const group_tile& tile) {
+    const auto copied = begin_copy(item, local, local_offset, source, offset, tile.n_valid);
+    if (tile.surplus(item)) { // beyond what is copied
+        local[local_offset + item.get_local_id(0)] = T(0);
+    }
+    item.wait_for(copied);
 }
 
 template <typename T>

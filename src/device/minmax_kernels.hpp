@@ -10,6 +10,7 @@
 #pragma once
 
 #include "dataset_helper.hpp"
+#include "dimension_walk.hpp"
 #include "group_tile.hpp"
 #include "reductions.hpp"
 #include "select.hpp"
@@ -99,14 +100,14 @@ void reduce_observations(const Kernel& kernel, const sycl::nd_item<1>& item, con
         using T = typename Functor::element_type;
         T x;
         if constexpr (staged) {
-            x = local_of<index()>(kernel)[tile.lane];
+            x = local_of<index()>(kernel)[tile.lane(item)];
         } else {
-            x = kernel.helper.element(d, tile.begin + tile.lane);
+            x = kernel.helper.element(d, tile.begin + tile.lane(item));
         }
         // The bound passes over a NaN, wherever it stands; the group operation alone would leave that open.
         const T bounded = reduction_type::bound(x);
-        reduce_and_store<reduction_type, T>(item, select(tile.surplus, reduction_type::neutral(), bounded),
-                                            target(index), position);
+        reduce_and_store<reduction_type, T>(
+            item, select(tile.surplus(item), reduction_type::neutral(), bounded), target(index), position);
     });
 }
 
@@ -123,11 +124,11 @@ void reduce_partials(const Kernel& kernel, const sycl::nd_item<1>& item, const g
         using T = typename Functor::element_type;
         T x;
         if constexpr (Functor::usm) {
-            x = kernel.partials.template get<index()>()[row + tile.lane];
+            x = kernel.partials.template get<index()>()[row + tile.lane(item)];
         } else {
-            x = local_of<index()>(kernel)[tile.lane];
+            x = local_of<index()>(kernel)[tile.lane(item)];
         }
-        reduce_and_store<reduction_type, T>(item, select(tile.surplus, reduction_type::neutral(), x),
+        reduce_and_store<reduction_type, T>(item, select(tile.surplus(item), reduction_type::neutral(), x),
                                             target(index), position);
     });
 }
@@ -148,7 +149,9 @@ struct minmax_kernel_single_step {
         const auto target_of = [this](auto index) -> const auto& {
             return functor.template output<index()>();
         };
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const std::size_t d = walk.next().dimension;
             reduce_observations<Functor, row_layout>(*this, item, tile, d, d, target_of);
         }
     }
@@ -172,7 +175,9 @@ struct minmax_kernel_first_step {
         const auto target_of = [this](auto index) -> const auto& {
             return partials.template get<index()>();
         };
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const std::size_t d = walk.next().dimension;
             reduce_observations<Functor, row_layout>(*this, item, tile, d, d * n_groups + item.get_group(0),
                                                      target_of);
         }
@@ -203,7 +208,9 @@ struct minmax_kernel_next_step<Functor, row_layout, true, index_64> {
         const auto target_of = [this](auto index) -> const auto& {
             return functor.template output<index()>();
         };
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const std::size_t d = walk.next().dimension;
             reduce_partials<Functor>(*this, item, tile, d, d, target_of);
         }
     }
@@ -229,7 +236,9 @@ struct minmax_kernel_next_step<Functor, row_layout, false, index_64> {
         const auto target_of = [this](auto index) -> const auto& {
             return target.template get<index()>();
         };
-        for (std::size_t d = helper.next_dimension(0); d < helper.n_dims; d = helper.next_dimension(d + 1)) {
+        dimension_walk walk(helper, item);
+        while (walk.goes_on()) {
+            const std::size_t d = walk.next().dimension;
             reduce_partials<Functor>(*this, item, tile, d, d * n_groups + item.get_group(0), target_of);
         }
     }

@@ -136,7 +136,7 @@ struct sum_tmp_helper<T, is_usm, true> {
     template <typename Orders = chosen_orders>
     void calculate(T* local, std::size_t d, sycl::nd_item<1> item, T w, std::size_t tail, bool first) const {
         const group_tile tile(item, item.get_group_range(0), tail, item.get_local_range(0));
-        const T e = select(tile.surplus, T(0), local[item.get_local_id(0)] - mean[d]);
+        const T e = select(tile.surplus(item), T(0), local[item.get_local_id(0)] - mean[d]);
         store_totals<Orders>(*this, item, d, (e * w) * e, e, w, first);
     }
 

@@ -18,8 +18,8 @@ std::string variable(const char* name) {
 
 void set_driver_defaults() {
     constexpr int overwrite = 0;
-    // The default method of PoCL aborts on groups of one and two work-items.
-    setenv("POCL_WORK_GROUP_METHOD", "workitemloops", overwrite);
+    // The default method of PoCL aborts on groups of one and two work-items. This one makes vectors of work-items.
+    setenv("POCL_WORK_GROUP_METHOD", "loopvec", overwrite);
     // One compilation of a kernel for all group sizes; every size would be compiled anew otherwise, for a
     // second.
     setenv("POCL_WORK_GROUP_SPECIALIZATION", "0", overwrite);

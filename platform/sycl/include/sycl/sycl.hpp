@@ -11,6 +11,7 @@
 #include <sycl/exception.hpp>
 #include <sycl/functional.hpp>
 #include <sycl/group_algorithm.hpp>
+#include <sycl/group_variable.hpp>
 #include <sycl/handler.hpp>
 #include <sycl/host_accessor.hpp>
 #include <sycl/info.hpp>

@@ -16,7 +16,9 @@ namespace sycl::detail::builtin {
 __attribute__((const)) std::byte* local_arrays() __asm__("__sycl_local_arrays");
 __attribute__((const)) std::byte* group_scratch() __asm__("__sycl_group_scratch");
 
-__attribute__((const)) std::size_t local_id(unsigned dimension) __asm__("_Z12get_local_idj");
+/// Not constant, although it is: what stands on either side of a barrier asks for itself. A compiler that runs the
+/// work-items of a group in turn has it at hand, and would keep a copy of it in memory for each of them.
+__attribute__((pure)) std::size_t local_id(unsigned dimension) __asm__("_Z12get_local_idj");
 __attribute__((const)) std::size_t group_id(unsigned dimension) __asm__("_Z12get_group_idj");
 __attribute__((const)) std::size_t local_size(unsigned dimension) __asm__("_Z14get_local_sizej");
 __attribute__((const)) std::size_t n_groups(unsigned dimension) __asm__("_Z14get_num_groupsj");

@@ -52,6 +52,11 @@ public:
     }
 
     template <typename Op>
+    static group_vector neutral() {
+        return group_vector(group_type(detail::neutral<Op, T>()));
+    }
+
+    template <typename Op>
     group_vector with(const group_vector& other) const {
         return group_vector(apply<Op>(values_, other.values_));
     }

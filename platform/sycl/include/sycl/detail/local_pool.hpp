@@ -4,9 +4,9 @@
 #include <type_traits>
 
 /**
- * How the block of local memory in which group algorithms of device images keep their values is divided: the results,
- * in the room of a vector; for each number of a value the sums of the reducing lanes; and for each number those of
- * the work-items, with a vector's worth of neutral ones behind them.
+ * How the block of local memory in which group algorithms of device images keep their values is divided: the group
+ * variable; for each number of a value the sums of the reducing lanes; and for each number those of the work-items, in
+ * whole vectors.
  */
 namespace sycl::detail {
 
@@ -16,6 +16,8 @@ inline constexpr std::size_t group_vector_size = 16;
 /// The largest number that a group algorithm takes, and how many of them a value may consist of.
 inline constexpr std::size_t largest_group_number = 8;
 inline constexpr std::size_t most_group_numbers = group_vector_size;
+/// Room of a group variable. Vectors stand behind it.
+inline constexpr std::size_t group_variable_bytes = group_vector_size * largest_group_number;
 
 /// The largest value that a kernel's group algorithms take, in bytes.
 template <typename Kernel, typename = void>
@@ -30,8 +32,8 @@ constexpr std::size_t group_vectors(std::size_t local_size) {
 }
 
 constexpr std::size_t group_scratch_bytes(std::size_t local_size, std::size_t value_bytes) {
-    const std::size_t row = (group_vectors(local_size) + 1) * group_vector_size;
-    return group_vector_size * largest_group_number + (reducing_lanes + row) * value_bytes;
+    const std::size_t row = group_vectors(local_size) * group_vector_size;
+    return group_variable_bytes + (reducing_lanes + row) * value_bytes;
 }
 
 } // namespace sycl::detail
