@@ -125,8 +125,9 @@ def behind(page, results):
     for point in small_points(results):
         ours, peer = point["time"]["USM"], point["time"][point["best_peer"]]
         if peer < ours:
-            lost.append(f"- {point['name']}: {point['best_peer']} takes {peer * 1e6:.1f} us, we take {ours * 1e6:.1f}; "
-                        f"the computation alone takes {point['time']['component'] * 1e6:.1f}.")
+            lost.append(f"- {point['name']}: {point['best_peer']} takes {peer * 1e6:.1f} us, we take {ours * 1e6:.1f}: "
+                        f"{point['time']['component'] * 1e6:.1f} to compute, the rest to submit a command and to bring "
+                        "its scratch memory, whatever the size.")
     lost += growth_behind(results) + opencl_behind(results)
     page.paragraph("## Where a peer is faster")
     page.paragraph("\n".join(lost) if lost else "In no row of this page.")
@@ -149,8 +150,8 @@ def opencl_behind(results):
                       for name in ("kurtosis", "kurtosis, Boost.Compute"))
         if peer["seconds"] < ours["seconds"]:
             lost.append(f"- OpenCL, kurtosis {row['type']} {row['layout']}: Boost.Compute is "
-                        f"{ours['seconds'] / peer['seconds']:.2f} times as fast; on this device every barrier of a group "
-                        "writes the values that cross it to memory.")
+                        f"{ours['seconds'] / peer['seconds']:.2f} times as fast; the work-items of a group each "
+                        "leave up to six numbers in memory, from which they are added.")
     return lost
 
 
@@ -202,7 +203,8 @@ def opencl(page, results):
     page.paragraph(f"{results.opencl['dims']} dimensions of {results.opencl['observations']} observations on "
                    f"{results.opencl['device']}. Boost.Compute computes the same four power sums; the plain sum reads the "
                    "data once. The device is the processor itself: its kernels run as loops over work-items, and each "
-                   "barrier ends such a loop.")
+                   "barrier ends such a loop. All sides run with the driver's settings that the run-time chooses where the "
+                   "environment sets none.")
     page.table(["row", "first, ms", "warm, ms", "ns/element", "plain sums"], rows)
 
 

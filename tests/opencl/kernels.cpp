@@ -105,11 +105,41 @@ sycl::event describe_group(sycl::queue& queue, const T* values, std::size_t n, T
     });
 }
 
+template <typename T>
+struct add_rounds_kernel {
+    using element_type = T;
+
+    const T* values;
+    std::size_t n_rounds;
+    T* sums;
+
+    void operator()(sycl::nd_item<1> item) const {
+        const std::size_t lane = item.get_local_id(0);
+        sums[lane] = 0;
+        sycl::ext::aurelo::group_variable<std::size_t> rounds_left(item.get_group(), n_rounds);
+        while (rounds_left.peek() != 0) {
+            const std::size_t round = rounds_left.get();
+            rounds_left.set(round - 1);
+            sums[lane] += sycl::reduce_over_group(item.get_group(), values[lane] * static_cast<T>(round),
+                                                  sycl::plus<T>{});
+        }
+    }
+};
+
+template <typename T>
+sycl::event add_rounds(sycl::queue& queue, const T* values, std::size_t n, std::size_t n_rounds, T* sums) {
+    return queue.submit([&](sycl::handler& handler) {
+        handler.parallel_for<add_rounds_kernel<T>>(sycl::nd_range<1>(n, n),
+                                                   add_rounds_kernel<T>{values, n_rounds, sums});
+    });
+}
+
 #define INSTANTIATE(T)                                                                                       \
     template sycl::event sum_of_squares(sycl::queue&, sycl::buffer<T, 1>&, sycl::buffer<T, 1>&,              \
                                         std::size_t);                                                        \
     template sycl::event scale_and_count(sycl::queue&, T*, std::size_t, T, const std::vector<sycl::event>&); \
-    template sycl::event describe_group(sycl::queue&, const T*, std::size_t, T*);
+    template sycl::event describe_group(sycl::queue&, const T*, std::size_t, T*);                            \
+    template sycl::event add_rounds(sycl::queue&, const T*, std::size_t, std::size_t, T*);
 INSTANTIATE(float)
 INSTANTIATE(double)
 

@@ -21,6 +21,11 @@ sycl::event scale_and_count(sycl::queue& queue, T* values, std::size_t n, T fact
 template <typename T>
 sycl::event describe_group(sycl::queue& queue, const T* values, std::size_t n, T* smallest_largest_sum);
 
+/// sums[i] = the sum of \p values times each of the numbers \p n_rounds to 1, by one group of \p n. All work-items add up
+/// the group's sums, in a loop that a group variable counts.
+template <typename T>
+sycl::event add_rounds(sycl::queue& queue, const T* values, std::size_t n, std::size_t n_rounds, T* sums);
+
 /// A kernel that has no device image.
 sycl::event without_image(sycl::queue& queue, int* value);
 

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <numeric>
 #include <vector>
 
@@ -68,6 +69,19 @@ TEST_F(opencl_kernels, two_local_arrays_and_three_reductions) {
     EXPECT_EQ(results[2], 77 * 28);
     sycl::free(results, queue);
     sycl::free(values, queue);
+}
+
+TEST_F(opencl_kernels, every_work_item_gets_the_sums_of_a_loop_that_the_group_counts) {
+    for (const std::size_t n : {1, 2, 15, 16, 17, 32, 77, 4096}) {
+        float* const values = sycl::malloc_shared<float>(2 * n, queue);
+        float* const sums = values + n;
+        std::fill_n(values, n, 1.0F);
+        test::add_rounds(queue, values, n, 3, sums).wait();
+        for (std::size_t lane = 0; lane < n; ++lane) {
+            EXPECT_EQ(sums[lane], 6.0F * static_cast<float>(n)) << "lane " << lane << " of " << n;
+        }
+        sycl::free(values, queue);
+    }
 }
 
 TEST_F(opencl_kernels, a_chain_of_events_runs_in_its_order) {
