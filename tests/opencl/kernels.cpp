@@ -108,6 +108,7 @@ sycl::event describe_group(sycl::queue& queue, const T* values, std::size_t n, T
 template <typename T>
 struct add_rounds_kernel {
     using element_type = T;
+    static constexpr std::size_t group_value_bytes = 3 * sizeof(T);
 
     const T* values;
     std::size_t n_rounds;
@@ -120,8 +121,11 @@ struct add_rounds_kernel {
         while (rounds_left.peek() != 0) {
             const std::size_t round = rounds_left.get();
             rounds_left.set(round - 1);
-            sums[lane] += sycl::reduce_over_group(item.get_group(), values[lane] * static_cast<T>(round),
-                                                  sycl::plus<T>{});
+            const T x = values[lane] * static_cast<T>(round);
+            const auto three =
+                sycl::reduce_over_group(item.get_group(), sycl::marray<T, 3>(x, -2 * x, x), sycl::plus<>{});
+            sums[lane] += sycl::reduce_over_group(item.get_group(), x, sycl::plus<T>{});
+            sums[lane] += three[0] + three[1] + three[2];
         }
     }
 };

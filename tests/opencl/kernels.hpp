@@ -22,7 +22,7 @@ template <typename T>
 sycl::event describe_group(sycl::queue& queue, const T* values, std::size_t n, T* smallest_largest_sum);
 
 /// sums[i] = the sum of \p values times each of the numbers \p n_rounds to 1, by one group of \p n. All work-items add up
-/// the group's sums, in a loop that a group variable counts.
+/// the group's sums, in a loop that a group variable counts; among them stand sums of several numbers that cancel out.
 template <typename T>
 sycl::event add_rounds(sycl::queue& queue, const T* values, std::size_t n, std::size_t n_rounds, T* sums);
 

@@ -77,8 +77,9 @@ private:
     template <typename Op, typename T, std::size_t N, std::size_t... k>
     marray<T, N> reduce_each(const marray<T, N>& value, std::index_sequence<k...>) const {
         const std::size_t size = local_size();
-        T* const sums = reinterpret_cast<T*>(builtin::group_scratch() + group_variable_bytes);
-        T* const values = sums + N * reducing_lanes;
+        std::byte* const behind_variable = builtin::group_scratch() + group_variable_bytes;
+        T* const sums = reinterpret_cast<T*>(behind_variable);
+        T* const values = reinterpret_cast<T*>(behind_variable + lane_sums_bytes);
         const std::size_t row = group_vectors(size) * group_vector_size;
 
         ((values[k * row + local_id()] = value[k]), ...);
