@@ -80,7 +80,7 @@ private:
         std::byte* const behind_variable = builtin::group_scratch() + group_variable_bytes;
         T* const sums = reinterpret_cast<T*>(behind_variable);
         T* const values = reinterpret_cast<T*>(behind_variable + lane_sums_bytes);
-        const std::size_t row = group_vectors(size) * group_vector_size;
+        const std::size_t row = group_row(size);
 
         ((values[k * row + local_id()] = value[k]), ...);
         builtin::barrier(builtin::local_fence);

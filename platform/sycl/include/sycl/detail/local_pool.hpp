@@ -32,8 +32,14 @@ constexpr std::size_t group_vectors(std::size_t local_size) {
     return (local_size + group_vector_size - 1) / group_vector_size;
 }
 
+/// From a row of the work-items' values to the next, a vector more than they take: rows that lie a multiple of a page
+/// apart meet in the same places of a cache.
+constexpr std::size_t group_row(std::size_t local_size) {
+    return (group_vectors(local_size) + 1) * group_vector_size;
+}
+
 constexpr std::size_t group_scratch_bytes(std::size_t local_size, std::size_t value_bytes) {
-    const std::size_t row = group_vectors(local_size) * group_vector_size;
+    const std::size_t row = group_row(local_size);
     return group_variable_bytes + lane_sums_bytes + row * value_bytes;
 }
 
