@@ -54,10 +54,14 @@ void* _bs_context_handle_t::allocate(bs_device_handle_t device, bs_memory_type_t
         check_device(device);
     }
     bytes = std::max<std::size_t>(bytes, 1);
-    std::unique_ptr<void, decltype(&std::free)> memory(
-        allocate_exactly(bytes, alignment == 0 ? default_alignment : alignment), &std::free);
+    alignment = alignment == 0 ? default_alignment : alignment;
+    if (basalt::small_memory::takes(bytes, alignment)) {
+        const std::lock_guard lock(mutex_);
+        return small_.allocate(device, type, bytes);
+    }
+    std::unique_ptr<void, decltype(&std::free)> memory(allocate_exactly(bytes, alignment), &std::free);
     const std::lock_guard lock(mutex_);
-    allocations_.emplace(address(memory.get()), allocation{memory.get(), bytes, type, device});
+    large_.emplace(address(memory.get()), allocation{memory.get(), bytes, type, device});
     return memory.release();
 }
 
@@ -67,7 +71,10 @@ void _bs_context_handle_t::free(void* memory) {
     }
     {
         const std::lock_guard lock(mutex_);
-        if (allocations_.erase(address(memory)) == 0) {
+        if (small_.free(memory)) {
+            return;
+        }
+        if (large_.erase(address(memory)) == 0) {
             basalt::throw_invalid("the pointer is not the start of an allocation of this context");
         }
     }
@@ -76,8 +83,11 @@ void _bs_context_handle_t::free(void* memory) {
 
 _bs_context_handle_t::allocation _bs_context_handle_t::find(const void* memory) const {
     const std::lock_guard lock(mutex_);
-    auto after = allocations_.upper_bound(address(memory));
-    if (after != allocations_.begin()) {
+    if (const allocation* const small = small_.find(memory)) {
+        return *small;
+    }
+    auto after = large_.upper_bound(address(memory));
+    if (after != large_.begin()) {
         const allocation& candidate = std::prev(after)->second;
         if (address(memory) - address(candidate.base) < candidate.bytes) {
             return candidate;
@@ -88,8 +98,9 @@ _bs_context_handle_t::allocation _bs_context_handle_t::find(const void* memory) 
 
 void _bs_context_handle_t::check_unused() const {
     const std::lock_guard lock(mutex_);
-    if (!allocations_.empty() || n_queues_ != 0) {
-        basalt::throw_invalid("the context is in use: " + std::to_string(allocations_.size()) +
-                              " allocations and " + std::to_string(n_queues_) + " queues are left");
+    const std::size_t allocations = small_.in_use() + large_.size();
+    if (allocations != 0 || n_queues_ != 0) {
+        basalt::throw_invalid("the context is in use: " + std::to_string(allocations) + " allocations and " +
+                              std::to_string(n_queues_) + " queues are left");
     }
 }

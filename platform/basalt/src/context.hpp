@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device.hpp"
+#include "small_memory.hpp"
 
 #include <basalt/basalt.h>
 
@@ -17,12 +18,7 @@ using context = _bs_context_handle_t;
 
 struct _bs_context_handle_t {
 public:
-    struct allocation {
-        void* base;
-        std::size_t bytes;
-        bs_memory_type_t type;
-        bs_device_handle_t device; ///< null for host memory
-    };
+    using allocation = basalt::allocation;
 
     explicit _bs_context_handle_t(std::vector<bs_device_handle_t> devices) : devices_(std::move(devices)) {}
 
@@ -43,6 +39,7 @@ public:
 private:
     const std::vector<bs_device_handle_t> devices_;
     mutable std::mutex mutex_;
-    std::map<std::uintptr_t, allocation> allocations_; ///< by base address
+    basalt::small_memory small_;
+    std::map<std::uintptr_t, allocation> large_; ///< by base address
     std::atomic<std::size_t> n_queues_{0};
 };
