@@ -13,12 +13,15 @@ enum class alloc : int { host = 0, device = 1, shared = 2, unknown = 3 };
 /// Allocates \p bytes of unified shared memory. Null if there is none left, or if \p bytes is 0.
 SYCL_EXPORT void* aligned_malloc(std::size_t alignment, std::size_t bytes, const device& device,
                                  const context& context, usm::alloc kind);
+/// On the queue's device, in its context.
+SYCL_EXPORT void* aligned_malloc(std::size_t alignment, std::size_t bytes, const queue& queue,
+                                 usm::alloc kind);
 
 inline void* malloc(std::size_t bytes, const device& device, const context& context, usm::alloc kind) {
     return aligned_malloc(0, bytes, device, context, kind);
 }
 inline void* malloc(std::size_t bytes, const queue& queue, usm::alloc kind) {
-    return aligned_malloc(0, bytes, queue.get_device(), queue.get_context(), kind);
+    return aligned_malloc(0, bytes, queue, kind);
 }
 inline void* malloc_device(std::size_t bytes, const queue& queue) {
     return malloc(bytes, queue, usm::alloc::device);
@@ -41,8 +44,7 @@ inline void* malloc_host(std::size_t bytes, const context& context) {
 
 template <typename T>
 T* malloc(std::size_t count, const queue& queue, usm::alloc kind) {
-    return static_cast<T*>(
-        aligned_malloc(alignof(T), count * sizeof(T), queue.get_device(), queue.get_context(), kind));
+    return static_cast<T*>(aligned_malloc(alignof(T), count * sizeof(T), queue, kind));
 }
 template <typename T>
 T* malloc_device(std::size_t count, const queue& queue) {
@@ -59,9 +61,7 @@ T* malloc_host(std::size_t count, const queue& queue) {
 
 /// Frees memory of malloc_*; null is accepted. No command may use it any more.
 SYCL_EXPORT void free(void* memory, const context& context);
-inline void free(void* memory, const queue& queue) {
-    free(memory, queue.get_context());
-}
+SYCL_EXPORT void free(void* memory, const queue& queue);
 
 SYCL_EXPORT usm::alloc get_pointer_type(const void* memory, const context& context);
 /// The device of an allocation; throws errc::invalid for memory that is none of the context's.
