@@ -1,12 +1,12 @@
 // A compute call from the layout to the results: threads, scratch, the merge of chunks.
 #include "finish.hpp"
+#include "row_copy.hpp"
+#include "scratch.hpp"
 #include "team_edge.hpp"
 #include "unit.hpp"
 
 #include <algorithm>
-#include <cstddef>
 #include <limits>
-#include <new>
 #include <omp.h>
 #include <optional>
 
@@ -15,30 +15,6 @@ namespace tsb {
 namespace {
 
 constexpr std::int64_t parallel_elements = 131072; // below, waking a team costs more than it saves
-constexpr std::int64_t stack_doubles = 2048;       // scratch of a small call, which then allocates nothing
-
-/// 64-byte aligned doubles, from the stack of the caller where they fit.
-class arena {
-public:
-    explicit arena(std::int64_t size) {
-        if (size <= stack_doubles) {
-            memory_ = local_;
-        } else {
-            heap_ = memory_ = static_cast<double*>(::operator new (
-                static_cast<std::size_t>(size) * sizeof(double), std::align_val_t{64}, std::nothrow));
-        }
-    }
-    ~arena() { ::operator delete (heap_, std::align_val_t{64}); }
-    arena(const arena&) = delete;
-    arena& operator=(const arena&) = delete;
-
-    double* get() const { return memory_; }
-
-private:
-    alignas(64) double local_[stack_doubles];
-    double* memory_;
-    double* heap_ = nullptr;
-};
 
 std::int64_t table_vectors(const matrix_layout& m, std::int64_t lanes) {
     return round_up(m.stripe_lanes(), lanes) / lanes;
@@ -75,7 +51,7 @@ public:
         const std::int64_t per_thread = unit_scratch::size(layout_, task_.weights != nullptr);
         const std::int64_t kept =
             layout_.n_chunks > 1 ? layout_.n_panels * layout_.n_chunks * totals::size(pitch_) : 0;
-        const arena& memory = memory_.emplace(tables + n_threads_ * per_thread + kept);
+        const scratch& memory = memory_.emplace(tables + n_threads_ * per_thread + kept);
         if (!memory.get()) {
             return false;
         }
@@ -85,12 +61,12 @@ public:
             job_.weight_offset = offset;
             job_.weight_lane = offset + vectors;
         }
-        double* scratch = memory.get() + tables;
-        kept_ = scratch + n_threads_ * per_thread;
+        double* const of_threads = memory.get() + tables;
+        kept_ = of_threads + n_threads_ * per_thread;
         if (n_threads_ == 1) {
-            run_serial(scratch);
+            run_serial(of_threads);
         } else {
-            run_team(scratch, per_thread);
+            run_team(of_threads, per_thread);
         }
         return true;
     }
@@ -103,8 +79,8 @@ private:
         return std::clamp<std::int64_t>(omp_get_max_threads(), 1, layout_.n_units());
     }
 
-    void run_serial(double* scratch) {
-        unit_scratch mine(job_, scratch);
+    void run_serial(double* memory) {
+        unit_scratch mine(job_, memory);
         for (std::int64_t u = 0; u < layout_.n_units(); ++u) {
             do_unit(mine, u);
         }
@@ -115,14 +91,14 @@ private:
         }
     }
 
-    void run_team(double* scratch, std::int64_t per_thread) {
+    void run_team(double* memory, std::int64_t per_thread) {
         const int grain = // NOLINT(clang-analyzer-deadcode.DeadStores): the schedule takes it
             static_cast<int>(std::clamp<std::int64_t>(layout_.n_units() / (n_threads_ * 16), 1, 4096));
         team_edge::release();
 #pragma omp parallel num_threads(static_cast <int>(n_threads_))
         {
             team_edge::acquire();
-            unit_scratch mine(job_, scratch + omp_get_thread_num() * per_thread);
+            unit_scratch mine(job_, memory + omp_get_thread_num() * per_thread);
 #pragma omp for schedule(dynamic, grain) nowait
             for (std::int64_t u = 0; u < layout_.n_units(); ++u) {
                 do_unit(mine, u);
@@ -183,13 +159,17 @@ private:
     std::int64_t pitch_;
     std::int64_t n_threads_;
     double* kept_ = nullptr;
-    std::optional<arena> memory_;
+    std::optional<scratch> memory_;
 };
 
 } // namespace
 
 bool solve(const problem& p) {
-    return engine(p).run();
+    if (!has_short_columns(p)) {
+        return engine(p).run();
+    }
+    const row_copy rows(p);
+    return rows.get() != nullptr && engine(*rows.get()).run();
 }
 
 } // namespace tsb

@@ -1,0 +1,60 @@
+#include "row_copy.hpp"
+
+namespace tsb {
+
+namespace {
+
+constexpr std::int64_t short_column = 256; // longer columns keep vectors busy by themselves
+constexpr std::int64_t most_elements = 65536;
+// Many dimensions fill vectors without a rest, so that a copy that stays in cache pays for longer columns too.
+constexpr std::int64_t many_dims = 8;
+constexpr std::int64_t cached_elements = 8192;
+
+/// Copies `count` adjacent columns; a fixed count, and rows that overlap nothing, let the compiler store whole vectors.
+template <int count, class T>
+void copy_columns(const T* first, std::int64_t observations, T* __restrict rows, std::int64_t dims) {
+    for (std::int64_t i = 0; i < observations; ++i) {
+        for (int d = 0; d < count; ++d) {
+            rows[i * dims + d] = first[d * observations + i];
+        }
+    }
+}
+
+template <class T>
+void copy_elements(const problem& p, T* rows) {
+    const auto* const columns = static_cast<const T*>(p.observations);
+    std::int64_t d = 0;
+    for (; d + 4 <= p.n_dims; d += 4) {
+        copy_columns<4>(columns + d * p.n_observations, p.n_observations, rows + d, p.n_dims);
+    }
+    for (; d < p.n_dims; ++d) {
+        copy_columns<1>(columns + d * p.n_observations, p.n_observations, rows + d, p.n_dims);
+    }
+}
+
+} // namespace
+
+bool has_short_columns(const problem& p) {
+    if (!p.by_dimension || p.n_dims == 1 || p.n_dims > most_elements / p.n_observations) {
+        return false;
+    }
+    return p.n_observations <= short_column ||
+           (p.n_dims >= many_dims && p.n_dims * p.n_observations <= cached_elements);
+}
+
+row_copy::row_copy(const problem& of_columns)
+    : rows_(of_columns),
+      elements_((of_columns.n_dims * of_columns.n_observations * of_columns.element_size() + 7) / 8) {
+    rows_.by_dimension = false;
+    rows_.observations = elements_.get();
+    if (elements_.get() == nullptr) {
+        return;
+    }
+    if (of_columns.is_float) {
+        copy_elements(of_columns, reinterpret_cast<float*>(elements_.get()));
+    } else {
+        copy_elements(of_columns, elements_.get());
+    }
+}
+
+} // namespace tsb
