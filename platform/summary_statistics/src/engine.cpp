@@ -14,7 +14,7 @@ namespace tsb {
 
 namespace {
 
-constexpr std::int64_t parallel_elements = 131072; // below, waking a team costs more than it saves
+constexpr std::int64_t parallel_elements = 65536; // below, waking a team costs more than it saves
 
 std::int64_t table_vectors(const matrix_layout& m, std::int64_t lanes) {
     return round_up(m.stripe_lanes(), lanes) / lanes;
