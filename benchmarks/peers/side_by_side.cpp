@@ -31,6 +31,15 @@ job repeated(const job& call, std::int64_t times) {
     };
 }
 
+/// \brief Seconds of a warm call: the first ones wake threads and fill caches, and would make samples of too few calls.
+double warm_seconds(const job& call, double enough) {
+    double fastest = bench::seconds(call);
+    for (double spent = fastest; spent < enough; spent += fastest) {
+        fastest = std::min(fastest, bench::seconds(call));
+    }
+    return fastest;
+}
+
 } // namespace
 
 side_by_side::side_by_side(const sycl::queue& queue, const matrix<double>& m)
@@ -70,8 +79,7 @@ void side_by_side::measure(const bench::round_plan& plan, double sample_seconds)
     std::vector<std::int64_t> repeats;
     std::vector<job> jobs;
     for (const contender& s : sides_) {
-        s.run();
-        const double once = std::max(bench::seconds(s.run), 1e-9);
+        const double once = std::max(warm_seconds(s.run, sample_seconds), 1e-9);
         repeats.push_back(
             std::clamp<std::int64_t>(static_cast<std::int64_t>(sample_seconds / once), 1, 1000));
         jobs.push_back(repeated(s.run, repeats.back()));

@@ -3,8 +3,10 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 namespace {
 
@@ -114,6 +116,51 @@ TEST_F(context_memory, queries_find_the_allocation_from_first_to_last_byte) {
         EXPECT_EQ(bs_mem_free(context, memory), BS_SUCCESS);
     }
     EXPECT_EQ(bs_mem_free(context, nullptr), BS_SUCCESS);
+}
+
+struct small_array {
+    std::vector<unsigned char> contents;
+    unsigned char* memory;
+};
+
+TEST_F(context_memory, many_small_allocations_keep_their_contents) {
+    constexpr std::size_t count = 1000; // several slabs of the driver
+    std::vector<small_array> arrays;
+    const auto add = [&](std::size_t i) {
+        small_array made{std::vector<unsigned char>(1 + i * 37 % 256, static_cast<unsigned char>(i)),
+                         nullptr};
+        void* memory = nullptr;
+        check(bs_mem_alloc(context, device, BS_MEMORY_SHARED, made.contents.size(), 0, &memory));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % 64, 0U);
+        made.memory = static_cast<unsigned char*>(memory);
+        std::copy(made.contents.begin(), made.contents.end(), made.memory);
+        arrays.push_back(std::move(made));
+    };
+    const auto expect_contents = [&] {
+        for (const small_array& each : arrays) {
+            EXPECT_TRUE(std::equal(each.contents.begin(), each.contents.end(), each.memory));
+        }
+    };
+    for (std::size_t i = 0; i < count; ++i) {
+        add(i);
+    }
+    expect_contents();
+    for (std::size_t i = 0; i < count / 2; ++i) { // every second one
+        unsigned char* const memory = arrays[i].memory;
+        check(bs_mem_free(context, memory));
+        EXPECT_EQ(bs_mem_free(context, memory), BS_ERROR_INVALID_ARGUMENT);
+        bs_memory_type_t found = BS_MEMORY_SHARED;
+        check(bs_mem_query(context, memory, &found, nullptr, nullptr));
+        EXPECT_EQ(found, BS_MEMORY_UNKNOWN);
+        arrays.erase(arrays.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        add(i);
+    }
+    expect_contents();
+    for (const small_array& each : arrays) {
+        check(bs_mem_free(context, each.memory));
+    }
 }
 
 TEST_F(context_memory, bad_requests_are_refused) {
