@@ -14,7 +14,8 @@ namespace tsb {
 
 namespace {
 
-constexpr std::int64_t parallel_elements = 65536; // below, waking a team costs more than it saves
+constexpr std::int64_t parallel_elements = 131072; // below, waking a team costs more than it saves
+constexpr std::int64_t stack_doubles = 2048;
 
 std::int64_t table_vectors(const matrix_layout& m, std::int64_t lanes) {
     return round_up(m.stripe_lanes(), lanes) / lanes;
@@ -51,7 +52,7 @@ public:
         const std::int64_t per_thread = unit_scratch::size(layout_, task_.weights != nullptr);
         const std::int64_t kept =
             layout_.n_chunks > 1 ? layout_.n_panels * layout_.n_chunks * totals::size(pitch_) : 0;
-        const scratch& memory = memory_.emplace(tables + n_threads_ * per_thread + kept);
+        const auto& memory = memory_.emplace(tables + n_threads_ * per_thread + kept);
         if (!memory.get()) {
             return false;
         }
@@ -159,7 +160,7 @@ private:
     std::int64_t pitch_;
     std::int64_t n_threads_;
     double* kept_ = nullptr;
-    std::optional<scratch> memory_;
+    std::optional<scratch<stack_doubles>> memory_;
 };
 
 } // namespace

@@ -6,9 +6,8 @@ namespace {
 
 constexpr std::int64_t short_column = 256; // longer columns keep vectors busy by themselves
 constexpr std::int64_t most_elements = 65536;
-// Many dimensions fill vectors without a rest, so that a copy that stays in cache pays for longer columns too.
-constexpr std::int64_t many_dims = 8;
-constexpr std::int64_t cached_elements = 8192;
+constexpr std::int64_t many_dims =
+    8; // these fill vectors without a rest, so that small copies pay for longer columns
 
 /// Copies `count` adjacent columns; a fixed count, and rows that overlap nothing, let the compiler store whole vectors.
 template <int count, class T>
@@ -39,7 +38,7 @@ bool has_short_columns(const problem& p) {
         return false;
     }
     return p.n_observations <= short_column ||
-           (p.n_dims >= many_dims && p.n_dims * p.n_observations <= cached_elements);
+           (p.n_dims >= many_dims && p.n_dims * p.n_observations <= small_copy);
 }
 
 row_copy::row_copy(const problem& of_columns)

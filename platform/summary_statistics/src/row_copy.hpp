@@ -11,6 +11,9 @@ namespace tsb {
 /// \brief Whether a matrix is solved as rows. The shape alone decides, so that masks and weights change no bit.
 bool has_short_columns(const problem&);
 
+inline constexpr std::int64_t small_copy =
+    8192; ///< elements of a copy that stays in cache and needs no allocation
+
 /// \brief A copy of a problem whose dimensions are contiguous, with the observations contiguous instead.
 class row_copy {
 public:
@@ -20,7 +23,7 @@ public:
 
 private:
     problem rows_;
-    scratch elements_;
+    scratch<small_copy> elements_;
 };
 
 } // namespace tsb

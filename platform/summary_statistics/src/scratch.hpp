@@ -8,7 +8,8 @@
 
 namespace tsb {
 
-/// 64-byte aligned doubles, from the stack of the caller where they fit: a small call allocates nothing.
+/// 64-byte aligned doubles, inside this object up to `stack_doubles`: a small call allocates nothing.
+template <std::int64_t stack_doubles>
 class scratch {
 public:
     explicit scratch(std::int64_t size) {
@@ -27,8 +28,6 @@ public:
     double* get() const { return memory_; }
 
 private:
-    static constexpr std::int64_t stack_doubles = 2048;
-
     alignas(64) double local_[stack_doubles];
     double* memory_;
     double* heap_ = nullptr;
