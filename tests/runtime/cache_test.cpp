@@ -27,14 +27,6 @@ bool all_the_same(const std::vector<Object*>& objects) {
 
 } // namespace
 
-TEST(pair_hash, mixes_by_exclusive_or) {
-    int a = 0;
-    int b = 0;
-    const auto bits = [](void* pointer) { return reinterpret_cast<std::uintptr_t>(pointer); };
-    EXPECT_EQ(pair_hash{}({&a, &b}), bits(&a) ^ bits(&b));
-    EXPECT_EQ(pair_hash{}({&a, &b}), pair_hash{}({&b, &a}));
-}
-
 TEST(context_cache, gives_one_context_for_a_pair_of_handles) {
     const test::basalt_natives natives;
     sycl::context* const made = context_of(natives);
@@ -71,74 +63,56 @@ TEST(context_cache, thirty_two_threads_that_miss_at_once_get_one_object) {
     }
 }
 
-TEST(context_cache, is_free_and_unchanged_after_a_make_function_that_throws) {
-    const test::basalt_natives natives;
-    auto device = natives.sycl_device();
-    auto cpu = sycl::device(sycl::cpu_selector_v);
-    EXPECT_THROW(lookup_and_cache_nerva_context(nullptr, natives.device, qtx_gpu_backend_basalt, &device),
-                 sycl::exception);
-    EXPECT_THROW(
-        lookup_and_cache_nerva_context(natives.context, natives.device, qtx_gpu_backend_basalt, &cpu),
-        sycl::exception);
-    EXPECT_THROW(
-        lookup_and_cache_nerva_context(natives.context, natives.device, qtx_gpu_backend_basalt, nullptr),
-        sycl::exception);
-    EXPECT_THROW(lookup_and_cache_nerva_context(nullptr, nullptr, qtx_gpu_backend_opencl, nullptr),
-                 sycl::exception);
-    EXPECT_THAT(context_of(natives)->get_devices(), ElementsAre(device));
-}
-
 TEST(queue_cache, wraps_queues_and_immediate_lists_as_the_interop_object_says) {
     const test::basalt_natives natives;
+    const test::basalt_natives other;
+    const auto& context = *context_of(natives);
     const auto of_queue = test::interop_of(natives);
     const auto of_list = test::interop_of_list(natives);
-    const auto& context = *context_of(natives);
-    auto* const queue =
-        lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, context, of_queue.get());
-    auto* const list =
-        lookup_and_cache_nerva_queue(natives.list, qtx_gpu_backend_basalt, context, of_list.get());
+    const auto of_unknown = test::interop_of_list(other);
+    omptarget_interop_fail(of_unknown.get(), OMPTARGET_IMMEDIATE, -3);
+    const auto look_up = [](void* native, const sycl::context& chosen, const test::interop_object& interop) {
+        return lookup_and_cache_nerva_queue(native, qtx_gpu_backend_basalt, chosen, interop.get());
+    };
+    auto* const queue = look_up(natives.queue, context, of_queue);
+    auto* const list = look_up(natives.list, context, of_list);
+    auto* const unknown = look_up(other.queue, *context_of(other), of_unknown);
     using handle = sycl::ext::aurelo::basalt::queue_handle;
     EXPECT_EQ(sycl::get_native<test::soft_gpu>(*queue), handle(natives.queue));
     EXPECT_EQ(sycl::get_native<test::soft_gpu>(*list), handle(natives.list));
+    EXPECT_EQ(sycl::get_native<test::soft_gpu>(*unknown), handle(other.queue))
+        << "a queue if nothing is known";
     EXPECT_EQ(test::value_from(*queue), 42);
     EXPECT_EQ(test::value_from(*list), 42);
     EXPECT_EQ(queue->get_context(), context);
-}
 
-TEST(queue_cache, takes_a_handle_for_a_queue_when_the_kind_of_list_cannot_be_read) {
-    const test::basalt_natives natives;
-    const auto interop = test::interop_of(natives);
-    omptarget_interop_set_int(interop.get(), OMPTARGET_IMMEDIATE, 1);
-    omptarget_interop_fail(interop.get(), OMPTARGET_IMMEDIATE, -3);
-    auto* const queue = lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt,
-                                                     *context_of(natives), interop.get());
-    EXPECT_TRUE(std::holds_alternative<bs_command_queue_handle_t>(sycl::get_native<test::soft_gpu>(*queue)));
-}
-
-TEST(queue_cache, is_keyed_on_the_handle_alone) {
-    const test::basalt_natives natives;
-    const auto interop = test::interop_of(natives);
-    const auto& context = *context_of(natives);
-    auto* const made =
-        lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, context, interop.get());
-    const sycl::context other{sycl::device(sycl::cpu_selector_v)};
-    auto* const hit = lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_opencl, other, nullptr);
-    EXPECT_EQ(*made, *hit);
-    EXPECT_EQ(hit, lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, other, nullptr));
-}
-
-TEST(queue_cache, is_free_after_a_make_function_that_throws) {
-    const test::basalt_natives natives;
-    const auto interop = test::interop_of(natives);
     const sycl::context foreign{sycl::device(sycl::cpu_selector_v)};
-    EXPECT_THROW(lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt, foreign, interop.get()),
-                 sycl::exception);
-    EXPECT_THROW(
-        lookup_and_cache_nerva_queue(nullptr, qtx_gpu_backend_basalt, *context_of(natives), interop.get()),
-        sycl::exception);
-    EXPECT_EQ(test::value_from(*lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_basalt,
-                                                             *context_of(natives), interop.get())),
-              42);
+    auto* const hit = lookup_and_cache_nerva_queue(natives.queue, qtx_gpu_backend_opencl, foreign, nullptr);
+    EXPECT_EQ(*queue, *hit) << "a hit looks at nothing but the handle";
+    EXPECT_EQ(hit, look_up(natives.queue, foreign, of_list));
+}
+
+TEST(caches, are_free_and_unchanged_after_a_make_function_that_throws) {
+    const test::basalt_natives natives;
+    const auto interop = test::interop_of(natives);
+    auto device = natives.sycl_device();
+    auto cpu = sycl::device(sycl::cpu_selector_v);
+    const auto context = [&](void* native, void* native_device, qtx_gpu_backend_t backend,
+                             sycl::device* chosen) {
+        return lookup_and_cache_nerva_context(native, native_device, backend, chosen);
+    };
+    EXPECT_THROW(context(nullptr, natives.device, qtx_gpu_backend_basalt, &device), sycl::exception);
+    EXPECT_THROW(context(natives.context, natives.device, qtx_gpu_backend_basalt, &cpu), sycl::exception);
+    EXPECT_THROW(context(natives.context, natives.device, qtx_gpu_backend_basalt, nullptr), sycl::exception);
+    EXPECT_THROW(context(nullptr, nullptr, qtx_gpu_backend_opencl, nullptr), sycl::exception);
+    EXPECT_THAT(context_of(natives)->get_devices(), ElementsAre(device));
+
+    const auto queue = [&](void* native, const sycl::context& chosen) {
+        return lookup_and_cache_nerva_queue(native, qtx_gpu_backend_basalt, chosen, interop.get());
+    };
+    EXPECT_THROW(queue(natives.queue, sycl::context(cpu)), sycl::exception);
+    EXPECT_THROW(queue(nullptr, *context_of(natives)), sycl::exception);
+    EXPECT_EQ(test::value_from(*queue(natives.queue, *context_of(natives))), 42);
 }
 
 TEST(queue_and_context_cache, makes_both_from_an_interop_object_and_finds_them_again) {

@@ -88,7 +88,6 @@ inline void pause() {
 using program = std::function<void()>;
 
 struct verdict {
-    std::size_t states = 0;
     std::size_t ends = 0;
     std::string fault; ///< empty if there is none
 };
@@ -143,7 +142,6 @@ private:
         if (!verdict_.fault.empty() || !known_.insert(key_of(at)).second) {
             return;
         }
-        ++verdict_.states;
         verdict_.fault = fault_of(at);
         bool finished = true;
         bool stuck = true;
