@@ -73,7 +73,7 @@ public:
 
     void check() {
         const auto before = record_;
-        const int status = compute<T, Integer>(record_.data(), estimates_, method_, interop_.get());
+        const int status = entry<T, Integer>::by_value(record_.data(), estimates_, method_, interop_.get());
         const bool is_walked = (status == 0 || status <= -4006) && status != -4032;
         if (nowait_ && is_walked) {
             ASSERT_TRUE(omptarget_interop_wait(interop_.get(), 1, 60000));
@@ -181,19 +181,12 @@ TEST(random_task, never_crashes_writes_outside_or_answers_with_an_unknown_status
     const auto first = seed;
     while (std::chrono::steady_clock::now() < end && !HasFailure()) {
         auto& device = *devices[seed % devices.size()];
-        switch (seed / devices.size() % 4) {
-        case 0:
-            make_and_check<double, std::int64_t>(seed, device);
-            break;
-        case 1:
-            make_and_check<float, std::int64_t>(seed, device);
-            break;
-        case 2:
-            make_and_check<double, std::int32_t>(seed, device);
-            break;
-        default:
-            make_and_check<float, std::int32_t>(seed, device);
-        }
+        std::size_t type = 0;
+        in_every_type([&]<typename T, typename Integer>() {
+            if (type++ == seed / devices.size() % 4) {
+                make_and_check<T, Integer>(seed, device);
+            }
+        });
         ++seed;
     }
     std::printf("%llu tasks from seed %llu\n", static_cast<unsigned long long>(seed - first),
