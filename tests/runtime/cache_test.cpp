@@ -5,24 +5,17 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <variant>
-
 using namespace aurelo::qtx::gpu;
 using testing::Each;
 using testing::ElementsAre;
+using testing::Eq;
+using testing::Pointee;
 
 namespace {
 
 sycl::context* context_of(const test::basalt_natives& natives) {
     auto device = natives.sycl_device();
     return lookup_and_cache_nerva_context(natives.context, natives.device, qtx_gpu_backend_basalt, &device);
-}
-
-/// Compares the objects, not the pointers to them: a miss returns a copy, a hit the cache's own.
-template <typename Object>
-bool all_the_same(const std::vector<Object*>& objects) {
-    return std::all_of(objects.begin(), objects.end(), [&](auto* each) { return *each == *objects.front(); });
 }
 
 } // namespace
@@ -59,7 +52,8 @@ TEST(context_cache, keeps_the_devices_of_one_native_context_apart) {
 TEST(context_cache, thirty_two_threads_that_miss_at_once_get_one_object) {
     for (int round = 0; round < 8; ++round) {
         const test::basalt_natives natives;
-        EXPECT_TRUE(all_the_same(test::on_threads(32, [&](std::size_t) { return context_of(natives); })));
+        const auto contexts = test::on_threads(32, [&](std::size_t) { return context_of(natives); });
+        EXPECT_THAT(contexts, Each(Pointee(Eq(*contexts.front()))));
     }
 }
 
@@ -178,7 +172,7 @@ TEST(queue_and_context_cache, thirty_two_threads_that_miss_at_once_get_one_queue
         const auto interop = test::interop_of(natives);
         const auto queues = test::on_threads(
             32, [&](std::size_t) { return lookup_and_cache_nerva_queue_and_context(interop.get()); });
-        EXPECT_TRUE(all_the_same(queues));
+        EXPECT_THAT(queues, Each(Pointee(Eq(*queues.front()))));
         EXPECT_EQ(queues.front()->get_context(), *context_of(natives));
     }
 }
