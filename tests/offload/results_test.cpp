@@ -1,7 +1,5 @@
 #include "expected.hpp"
 
-#include <tsb/summary_statistics.h>
-
 namespace {
 
 using namespace test;
@@ -83,36 +81,4 @@ TEST_P(results, entries_by_reference_take_what_those_by_value_take) {
         EXPECT_EQ((entry<T, Integer>::by_reference(&record, &estimates, &method, interop.get())), 0);
         expect_results(task, {slot_minimum, slot_maximum}, device.work_group_limit);
     });
-}
-
-TEST(component_task, is_read_as_the_component_made_it) {
-    auto& device = software_gpu();
-    const auto data = make<double>(
-        {.n_dims = 3, .n_observations = 100, .weights = weighting::positive, .mask = masking::first_out});
-    offload_task<double, std::int32_t> arrays(device, data);
-    const auto array_of = [&](std::size_t at) { return static_cast<double*>(arrays.array(at)); };
-    void* task = nullptr;
-    ASSERT_EQ(tsbdSSNewTask(&task, &arrays.n_dims, &arrays.n_observations, &arrays.storage,
-                            array_of(slot_observations), array_of(slot_weights),
-                            static_cast<std::int32_t*>(arrays.array(slot_mask))),
-              TSB_SS_OK);
-    EXPECT_EQ(tsbdSSEditMoments(task, array_of(slot_mean), array_of(slot_raw2), array_of(slot_raw3),
-                                array_of(slot_raw4), array_of(slot_central2), array_of(slot_central3),
-                                array_of(slot_central4)),
-              TSB_SS_OK);
-    EXPECT_EQ(tsbdSSEditSums(task, array_of(slot_sum), array_of(slot_raw_sum2), array_of(slot_raw_sum3),
-                             array_of(slot_raw_sum4), array_of(slot_central_sum2),
-                             array_of(slot_central_sum3), array_of(slot_central_sum4)),
-              TSB_SS_OK);
-    const std::map<std::int64_t, std::size_t> parameters{{TSB_SS_PARAM_KURTOSIS, slot_kurtosis},
-                                                         {TSB_SS_PARAM_SKEWNESS, slot_skewness},
-                                                         {TSB_SS_PARAM_VARIATION, slot_variation},
-                                                         {TSB_SS_PARAM_MIN, slot_minimum},
-                                                         {TSB_SS_PARAM_MAX, slot_maximum}};
-    for (const auto& [parameter, at] : parameters) {
-        EXPECT_EQ(tsbdSSEditTask(task, parameter, array_of(at)), TSB_SS_OK);
-    }
-    EXPECT_EQ(qtx_tsb_dSSCompute_omp_offload_lp64(task, est_all, 1, device.interop().get()), 0);
-    expect_results(arrays, everything, device.work_group_limit);
-    tsbSSDeleteTask(&task);
 }

@@ -124,7 +124,6 @@ public:
         }
     }
 
-    void* array(std::size_t at) const { return reinterpret_cast<void*>(record_[at / 8]); }
     void set(std::size_t at, const void* address) {
         record_[at / 8] = reinterpret_cast<std::uint64_t>(address);
     }

@@ -1,3 +1,4 @@
+#include "fuzz.hpp"
 #include "natives.hpp"
 
 #include <offload/queue_lookup.hpp>
@@ -6,10 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
-#include <cstdlib>
 #include <map>
-#include <random>
 #include <set>
 #include <sstream>
 
@@ -159,28 +157,19 @@ void check_cache(const random_interop& interop) {
     }
 }
 
-std::uint64_t number_from(const char* variable, std::uint64_t otherwise) {
-    const char* const text = std::getenv(variable);
-    return text == nullptr ? otherwise : std::stoull(text);
-}
-
 } // namespace
 
 TEST(random_interop, never_crashes_hangs_or_leaks_and_ends_as_predicted) {
-    const auto seed = number_from("QTX_FUZZ_SEED", std::random_device{}());
-    const std::chrono::seconds duration(number_from("QTX_FUZZ_SECONDS", 1));
-    std::mt19937_64 random(seed);
+    const test::fuzz fuzz;
+    std::mt19937_64 random(fuzz.seed);
     const std::array<test::basalt_natives, 2> natives;
     sycl::queue own{sycl::device(sycl::gpu_selector_v)};
-    const auto end = std::chrono::steady_clock::now() + duration;
     std::size_t n = 0;
-    while (std::chrono::steady_clock::now() < end && !HasFailure()) {
+    for (; fuzz.goes_on(); ++n) {
         const random_interop interop(random, natives, own);
-        SCOPED_TRACE("QTX_FUZZ_SEED=" + std::to_string(seed) + ", object " + std::to_string(n) + ": " +
-                     interop.words());
+        SCOPED_TRACE(fuzz.text() + ", object " + std::to_string(n) + ": " + interop.words());
         check_lookup(interop);
         check_cache(interop);
-        ++n;
     }
-    std::printf("%zu interop objects, seed %llu\n", n, static_cast<unsigned long long>(seed));
+    std::printf("%zu interop objects, %s\n", n, fuzz.text().c_str());
 }
