@@ -43,28 +43,22 @@ TEST(cl_loader, resolves_the_whole_list_in_its_order_with_one_open) {
     });
 }
 
-TEST(cl_loader, without_a_library_tries_three_opens_once_and_for_all) {
-    in_child([] {
-        process().files[opencl] = "";
-        EXPECT_EQ(qtx_cl_load_lib(), -1);
-        process().files[opencl] = FAKE_OPENCL;
-        EXPECT_EQ(qtx_cl_load_lib(), -1) << "a failure is final";
-        EXPECT_EQ(qtx_cl_init(), -1);
-        const std::vector<test::open_call> tried{
-            {opencl, lazy}, {opencl, lazy_global}, {opencl, lazy_global}};
-        EXPECT_EQ(process().opens, tried);
-        EXPECT_THAT(process().looked_up, IsEmpty());
-        EXPECT_THAT(process().reports, IsEmpty());
-    });
-}
-
-TEST(cl_loader, with_a_static_c_library_opens_once_for_everybody) {
-    in_child([] {
-        process().files[opencl] = "";
-        process().libc_is_static = true;
-        EXPECT_EQ(qtx_cl_load_lib(), -1);
-        EXPECT_THAT(process().opens, ElementsAre(test::open_call{opencl, lazy_global}));
-    });
+TEST(cl_loader, without_a_library_tries_three_opens_or_one_with_a_static_c_library_once_and_for_all) {
+    for (const bool is_static : {false, true}) {
+        in_child([is_static] {
+            process().libc_is_static = is_static;
+            process().files[opencl] = "";
+            EXPECT_EQ(qtx_cl_load_lib(), -1);
+            process().files[opencl] = FAKE_OPENCL;
+            EXPECT_EQ(qtx_cl_load_lib(), -1) << "a failure is final";
+            EXPECT_EQ(qtx_cl_init(), -1);
+            std::vector<test::open_call> tried{{opencl, lazy}, {opencl, lazy_global}, {opencl, lazy_global}};
+            tried.erase(tried.begin(), tried.begin() + (is_static ? 2 : 0));
+            EXPECT_EQ(process().opens, tried);
+            EXPECT_THAT(process().looked_up, IsEmpty());
+            EXPECT_THAT(process().reports, IsEmpty());
+        });
+    }
 }
 
 TEST(cl_loader, tries_both_path_prefixes_if_they_differ) {
