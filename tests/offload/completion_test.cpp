@@ -239,10 +239,11 @@ TEST(out_of_order_queue, a_waiting_call_waits_for_an_earlier_group_that_finishes
 
 // The call is over for its caller, who may free the arrays: nothing of it may be under way any more.
 TEST(completion_thread, that_cannot_be_made_leaves_no_work_under_way) {
-    for (auto* const device : {&software_gpu(), &sycl_gpu_in_order()}) {
-        small_task task(*device, small_data());
+    const auto slow = new_software_gpu(16, 20000, true);
+    for (auto* const device : {slow.get(), &sycl_gpu_in_order()}) {
+        small_task task(*device, small_data()), warm_up(*device, small_data());
         const auto interop = nowait_interop(*device);
-        EXPECT_EQ(compute(task, est_sum, 1, device->interop()), 0)
+        EXPECT_EQ(compute(warm_up, est_sum, 1, device->interop()), 0)
             << "which starts the run-time's own threads";
         testing::internal::CaptureStderr();
         watch().no_threads = true;
