@@ -64,12 +64,5 @@ TEST(estimate_list, the_mean_goes_to_the_calls_that_take_it) {
     EXPECT_THROW(check_selection(select_estimates({"min", "max"}), false, true), input_error);
 }
 
-TEST(estimate_list, the_standard_method_has_no_extremes_and_no_central_orders_on_a_gpu) {
-    EXPECT_THROW(check_selection(select_estimates({"min"}), true, false), input_error);
-    EXPECT_EQ(default_estimates(false, false).size(), 19U);
-    EXPECT_EQ(default_estimates(true, true).size(), 17U);
-    EXPECT_EQ(default_estimates(true, false).size(), 11U);
-}
-
 } // namespace
 } // namespace aurelo::qtx::describe

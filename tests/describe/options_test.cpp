@@ -33,12 +33,6 @@ csv_table<double> three_columns() {
     return {{"a", "b", "c"}, 2, {1, 2, 3, 4, 5, 6}};
 }
 
-options of_one_file() {
-    options opts;
-    opts.files = {"f.csv"};
-    return opts;
-}
-
 TEST(options, lists_split_at_commas_and_keep_quoted_ones) {
     const auto opts = parse({"f.csv", "--mask", "a,\"b,c\"", "--weights", "w", "--mean", "-1, 2e3", "--json",
                              "--estimates", "min,kurtosis"});
@@ -48,16 +42,7 @@ TEST(options, lists_split_at_commas_and_keep_quoted_ones) {
     EXPECT_EQ(opts.weights, "w");
     EXPECT_THAT(opts.mean.value(), ElementsAre("-1", "2e3"));
     EXPECT_THAT(opts.estimates.value(), ElementsAre("min", "kurtosis"));
-}
-
-TEST(options, a_list_does_not_swallow_the_file) {
-    const auto opts = parse({"--mask", "a,b", "f.csv"});
-    EXPECT_THAT(opts.files, ElementsAre("f.csv"));
-    EXPECT_THAT(opts.mask, ElementsAre("a", "b"));
-}
-
-TEST(options, standard_input_is_a_file) {
-    EXPECT_THAT(parse({"--json", "-"}).files, ElementsAre("-"));
+    EXPECT_THAT(parse({"--mask", "a,b", "f.csv"}).files, ElementsAre("f.csv")) << "no part of the list";
     EXPECT_THAT(parse({"a.csv", "--chunk", "70", "-", "b.csv"}).files, ElementsAre("a.csv", "-", "b.csv"));
 }
 
@@ -88,55 +73,48 @@ TEST(options, faults_name_option_and_value) {
     }
 }
 
-TEST(problem, layouts_place_the_same_elements) {
-    options opts = of_one_file();
+TEST(problem, layouts_place_the_same_elements_and_weights_leave_the_matrix) {
+    options opts;
+    opts.files = {"f.csv"};
     EXPECT_THAT(make_problem(three_columns(), opts).observations, ElementsAre(1, 4, 2, 5, 3, 6));
+    EXPECT_THAT(make_problem(three_columns(), opts).mask, IsEmpty());
+    opts.weights = "b";
+    opts.mask = {"c"};
+    EXPECT_THAT(make_problem(three_columns(), opts).observations, ElementsAre(1, 4, 3, 6));
     opts.layout = "by_observation";
-    EXPECT_THAT(make_problem(three_columns(), opts).observations, ElementsAre(1, 2, 3, 4, 5, 6));
-}
-
-TEST(problem, weights_leave_the_matrix_and_the_mask_follows) {
-    for (const char* const layout : {"by_dimension", "by_observation"}) {
-        options opts = of_one_file();
-        opts.layout = layout;
-        opts.weights = "b";
-        opts.mask = {"c"};
-        const auto data = make_problem(three_columns(), opts);
-        EXPECT_THAT(data.dimensions, ElementsAre("a", "c"));
-        EXPECT_THAT(data.weights, ElementsAre(2, 5));
-        EXPECT_THAT(data.mask, ElementsAre(1, 0));
-        if (data.by_observation) {
-            EXPECT_THAT(data.observations, ElementsAre(1, 3, 4, 6));
-        } else {
-            EXPECT_THAT(data.observations, ElementsAre(1, 4, 3, 6));
-        }
-    }
-    EXPECT_THAT(make_problem(three_columns(), of_one_file()).mask, IsEmpty());
+    const auto data = make_problem(three_columns(), opts);
+    EXPECT_THAT(data.observations, ElementsAre(1, 3, 4, 6));
+    EXPECT_THAT(data.dimensions, ElementsAre("a", "c"));
+    EXPECT_THAT(data.weights, ElementsAre(2, 5));
+    EXPECT_THAT(data.mask, ElementsAre(1, 0));
 }
 
 TEST(problem, columns_and_means_that_do_not_fit_are_refused) {
-    const auto error = [](auto change, csv_table<double> table = three_columns()) {
-        options opts = of_one_file();
-        change(opts);
-        return error_of([&] { make_problem(table, opts); });
+    using words = std::vector<std::string>;
+    struct refusal {
+        csv_table<double> table;
+        words mask;
+        std::optional<std::string> weights;
+        std::optional<words> mean;
+        const char* message;
     };
-    EXPECT_EQ(error([](options& o) { o.mask = {"d"}; }), "--mask: 'd' is no column of f.csv");
-    EXPECT_EQ(error([](options& o) { o.weights = "d"; }), "--weights: 'd' is no column of f.csv");
-    EXPECT_EQ(error([](options& o) { o.mask = {"a"}; }, {{"a", "a"}, 1, {1, 2}}),
-              "--mask: 'a' names more than one column of f.csv");
-    EXPECT_EQ(error([](options& o) { o.weights = "a"; }, {{"a"}, 1, {1}}),
-              "--weights: 'a' is the only column of f.csv; no dimension is left");
-    EXPECT_EQ(error([](options& o) {
-                  o.mean = {{"1", "2"}};
-              }),
-              "--mean: 2 values are given, but f.csv has 3 dimensions");
-    EXPECT_EQ(error([](options& o) { o.mean = {{"1", "x", "2"}}; }), "--mean: value 2: 'x' is not a number");
-    // The column of weights is no dimension and takes no mean.
-    EXPECT_EQ(error([](options& o) {
-                  o.weights = "a";
-                  o.mean = {{"1", "2"}};
-              }),
-              "no error");
+    const refusal cases[] = {
+        {three_columns(), {"d"}, {}, {}, "--mask: 'd' is no column of f.csv"},
+        {three_columns(), {}, "d", {}, "--weights: 'd' is no column of f.csv"},
+        {{{"a", "a"}, 1, {1, 2}}, {"a"}, {}, {}, "--mask: 'a' names more than one column of f.csv"},
+        {{{"a"}, 1, {1}}, {}, "a", {}, "--weights: 'a' is the only column of f.csv; no dimension is left"},
+        {three_columns(), {}, {}, {{"1", "2"}}, "--mean: 2 values are given, but f.csv has 3 dimensions"},
+        {three_columns(), {}, {}, {{"1", "x", "2"}}, "--mean: value 2: 'x' is not a number"},
+        {three_columns(), {}, "a", {{"1", "2"}}, "no error"}, // weights are no dimension and take no mean
+    };
+    for (const auto& each : cases) {
+        options opts;
+        opts.files = {"f.csv"};
+        opts.mask = each.mask;
+        opts.weights = each.weights;
+        opts.mean = each.mean;
+        EXPECT_EQ(error_of([&] { make_problem(each.table, opts); }), each.message);
+    }
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <deque>
 #include <future>
 #include <thread>
 
@@ -18,8 +19,6 @@ using small_task = offload_task<double, std::int64_t>;
 host_dataset<double> small_data(std::size_t n_observations = 100) {
     return make<double>({.n_dims = 2, .n_observations = n_observations});
 }
-
-const auto everything = slots_between(slot_mean, slot_maximum);
 
 /// Groups that do not wait before they return, whatever the size.
 constexpr auto est_sums = est_all & ~(est_min | est_max);
@@ -38,135 +37,116 @@ void expect_one_completion(const interop_object& interop) {
     EXPECT_EQ(omptarget_interop_completions(interop.get()), 1u);
 }
 
+void expect_no_completion(const interop_object& interop) {
+    EXPECT_FALSE(omptarget_interop_wait(interop.get(), 1, 50));
+}
+
+bool has_sum(const small_task& task) {
+    return task.result(slot_sum)[0] != rubbish<double>;
+}
+
 class completion : public testing::TestWithParam<interop_device*> {
 protected:
     interop_device& device = *GetParam();
-    bool is_opencl() const { return device.runtime == OMPTARGET_FR_OPENCL; }
+    small_task task{device, small_data()};
+
+    /// A call that does not wait, while its work is held back, and its completion after that.
+    void expect_completion_after_the_work(unsigned long long estimates, int status) {
+        const auto interop = nowait_interop(device);
+        held_device held(device);
+        EXPECT_EQ(compute(task, estimates, 1, interop), status);
+        expect_no_completion(interop);
+        expect_untouched(task);
+        held.let_go();
+        expect_one_completion(interop);
+    }
 };
 INSTANTIATE_TEST_SUITE_P(devices, completion, testing::ValuesIn(holdable_devices()),
                          [](const auto& chosen) { return chosen.param->name; });
 
 /// What the completion routine finds in the results at the moment it is called.
 struct witness {
-    explicit witness(const small_task& of) : task(&of) {}
-
     const small_task* task;
     std::atomic<int> calls = 0;
-    std::vector<double> kurtosis;
-    std::vector<double> sum;
+    std::vector<double> kurtosis = {}, sum = {};
 
-    static witness*& of_this_test() {
-        static witness* one = nullptr;
-        return one;
-    }
-    static void routine(void*) {
-        witness& self = *of_this_test();
-        self.kurtosis = self.task->result(slot_kurtosis);
-        self.sum = self.task->result(slot_sum);
-        ++self.calls;
+    void look() {
+        kurtosis = task->result(slot_kurtosis);
+        sum = task->result(slot_sum);
+        ++calls;
     }
 };
+witness* of_this_test = nullptr;
 
 } // namespace
 
 TEST_P(completion, comes_once_and_never_before_the_results) {
-    small_task task(device, small_data());
-    const auto interop = nowait_interop(device);
-    held_device held(device);
-    EXPECT_EQ(compute(task, est_sums, 1, interop), 0);
-    std::this_thread::sleep_for(30ms);
-    EXPECT_EQ(omptarget_interop_completions(interop.get()), 0u);
-    expect_untouched(task);
-    held.let_go();
-    expect_one_completion(interop);
+    expect_completion_after_the_work(est_sums, 0);
     expect_results(task, sums, device.work_group_limit);
 }
 
+TEST_P(completion, covers_groups_that_ran_before_a_refused_one) {
+    task.set(slot_kurtosis, nullptr);
+    expect_completion_after_the_work(est_sum | est_kurtosis, -4013);
+    EXPECT_TRUE(has_sum(task));
+}
+
 TEST_P(completion, routine_sees_the_results) {
-    small_task task(device, small_data());
     const auto interop = nowait_interop(device);
-    witness seen(task);
-    witness::of_this_test() = &seen;
-    omptarget_interop_set_pointer(interop.get(), OMPTARGET_COMPLETION,
-                                  reinterpret_cast<void*>(&witness::routine));
+    witness seen{&task};
+    of_this_test = &seen;
+    void (*const routine)(void*) = [](void*) { of_this_test->look(); };
+    omptarget_interop_set_pointer(interop.get(), OMPTARGET_COMPLETION, reinterpret_cast<void*>(routine));
     EXPECT_EQ(compute(task, est_sum | est_kurtosis, 1, interop), 0);
     while (seen.calls == 0) {
         std::this_thread::yield();
     }
     EXPECT_EQ(seen.kurtosis, task.result(slot_kurtosis));
     EXPECT_EQ(seen.sum, task.result(slot_sum));
-    EXPECT_NE(seen.sum[0], rubbish<double>);
+    EXPECT_TRUE(has_sum(task));
 }
 
-TEST_P(completion, of_a_waiting_program_is_not_called) {
-    small_task task(device, small_data());
-    const auto interop = device.interop();
-    EXPECT_EQ(compute(task, est_sums, 1, interop), 0);
+TEST_P(completion, of_a_waiting_program_or_a_bad_task_is_not_called) {
+    const auto waiting = device.interop();
+    EXPECT_EQ(compute(task, est_sums, 1, waiting), 0);
     expect_results(task, sums, device.work_group_limit);
-    EXPECT_FALSE(omptarget_interop_wait(interop.get(), 1, 20));
+    expect_no_completion(waiting);
+    task.n_dims = 0;
+    const auto interop = nowait_interop(device);
+    EXPECT_EQ(compute(task, est_all, 1, interop), -4001);
+    expect_no_completion(interop);
 }
 
 // Without an event there is nothing that OpenCL could call back for.
 TEST_P(completion, after_an_empty_mask_or_refused_groups_alone) {
-    small_task task(device, small_data());
+    const bool is_opencl = device.runtime == OMPTARGET_FR_OPENCL;
     for (const auto& [estimates, method, status] : {std::tuple(0ull, 1, 0), std::tuple(1ull << 40, 1, 0),
                                                     std::tuple(0ull + est_min + est_sum, 256, -4029)}) {
         const auto interop = nowait_interop(device);
-        EXPECT_EQ(compute(task, estimates, method, interop), is_opencl() ? -2 : status);
-        if (is_opencl()) {
-            EXPECT_FALSE(omptarget_interop_wait(interop.get(), 1, 20));
-        } else {
-            expect_one_completion(interop);
-        }
+        EXPECT_EQ(compute(task, estimates, method, interop), is_opencl ? -2 : status);
+        is_opencl ? expect_no_completion(interop) : expect_one_completion(interop);
     }
     expect_untouched(task);
 }
 
-TEST_P(completion, covers_groups_that_ran_before_a_refused_one) {
-    small_task task(device, small_data());
-    task.set(slot_kurtosis, nullptr);
-    const auto interop = nowait_interop(device);
-    held_device held(device);
-    EXPECT_EQ(compute(task, est_sum | est_kurtosis, 1, interop), -4013);
-    std::this_thread::sleep_for(20ms);
-    EXPECT_EQ(omptarget_interop_completions(interop.get()), 0u);
-    held.let_go();
-    expect_one_completion(interop);
-    EXPECT_NE(task.result(slot_sum)[0], rubbish<double>);
-}
-
-TEST_P(completion, does_not_come_for_a_bad_task) {
-    small_task task(device, small_data());
-    task.n_dims = 0;
-    const auto interop = nowait_interop(device);
-    EXPECT_EQ(compute(task, est_all, 1, interop), -4001);
-    EXPECT_FALSE(omptarget_interop_wait(interop.get(), 1, 20));
-}
-
 TEST_P(completion, is_left_out_when_its_property_cannot_be_read) {
-    small_task task(device, small_data());
     const auto interop = nowait_interop(device);
     omptarget_interop_fail(interop.get(), OMPTARGET_COMPLETION, -1);
     EXPECT_EQ(compute(task, est_sum, 1, interop), 0);
-    EXPECT_FALSE(omptarget_interop_wait(interop.get(), 1, 50));
+    expect_no_completion(interop);
     // The object must outlive the attempt, which nobody announces.
-    const auto tried = [&] {
-        std::vector<int> reads(1024);
-        reads.resize(omptarget_interop_reads(interop.get(), reads.data(), reads.size()));
-        return std::count(reads.begin(), reads.end(), OMPTARGET_COMPLETION) == 1;
-    };
-    while (!tried()) {
-        std::this_thread::yield();
+    for (std::vector<int> reads; std::count(reads.begin(), reads.end(), OMPTARGET_COMPLETION) == 0;) {
+        reads = reads_of(interop);
     }
     std::this_thread::sleep_for(10ms);
 }
 
 TEST_P(completion, of_a_thousand_calls_in_flight) {
     constexpr std::size_t n_threads = 8, n_calls = 125;
-    std::vector<std::unique_ptr<small_task>> tasks;
+    std::deque<small_task> tasks;
     std::vector<interop_object> interops;
     for (std::size_t i = 0; i < n_threads * n_calls; ++i) {
-        tasks.push_back(std::make_unique<small_task>(device, small_data(5 + i % 7)));
+        tasks.emplace_back(device, small_data(5 + i % 7));
         interops.push_back(nowait_interop(device));
     }
     held_device held(device);
@@ -174,7 +154,7 @@ TEST_P(completion, of_a_thousand_calls_in_flight) {
     for (std::size_t t = 0; t < n_threads; ++t) {
         callers.push_back(std::async(std::launch::async, [&, t] {
             for (std::size_t i = t * n_calls; i < (t + 1) * n_calls; ++i) {
-                EXPECT_EQ(compute(*tasks[i], est_min | est_mean, 1, interops[i]), 0);
+                EXPECT_EQ(compute(tasks[i], est_min | est_mean, 1, interops[i]), 0);
             }
         }));
     }
@@ -185,7 +165,7 @@ TEST_P(completion, of_a_thousand_calls_in_flight) {
     held.let_go();
     for (std::size_t i = 0; i < tasks.size(); ++i) {
         ASSERT_TRUE(omptarget_interop_wait(interops[i].get(), 1, soon)) << "call " << i;
-        expect_results(*tasks[i], {slot_minimum, slot_mean, slot_raw2, slot_raw3, slot_raw4},
+        expect_results(tasks[i], {slot_minimum, slot_mean, slot_raw2, slot_raw3, slot_raw4},
                        device.work_group_limit);
     }
     for (const auto& interop : interops) {
@@ -200,7 +180,7 @@ class slow_sums {
 public:
     slow_sums() {
         EXPECT_EQ(bs_event_create(&gate_), BS_SUCCESS);
-        delay_kernels("raw_sum_func_fast", gate_);
+        set(gate_);
     }
     ~slow_sums() {
         open();
@@ -210,13 +190,19 @@ public:
     slow_sums& operator=(const slow_sums&) = delete;
     void open() {
         if (closed_) {
-            delay_kernels("", nullptr);
+            set(nullptr);
             bs_event_signal(gate_, BS_SUCCESS);
             closed_ = false;
         }
     }
 
 private:
+    static void set(bs_event_handle_t gate) {
+        const std::lock_guard guard(watch().lock);
+        watch().delayed = "raw_sum_func_fast";
+        watch().gate = gate;
+    }
+
     bs_event_handle_t gate_ = nullptr;
     bool closed_ = true;
 };
@@ -229,11 +215,10 @@ TEST(out_of_order_queue, completion_covers_an_earlier_group_that_finishes_last) 
         const auto interop = nowait_interop(*device);
         slow_sums slow;
         EXPECT_EQ(compute(task, est_sum | est_kurtosis, 1, interop), 0);
-        std::this_thread::sleep_for(50ms);
-        EXPECT_EQ(omptarget_interop_completions(interop.get()), 0u);
+        expect_no_completion(interop);
         slow.open();
         expect_one_completion(interop);
-        EXPECT_NE(task.result(slot_sum)[0], rubbish<double>);
+        EXPECT_TRUE(has_sum(task));
         EXPECT_NE(task.result(slot_kurtosis)[0], rubbish<double>);
     }
 }
@@ -248,26 +233,27 @@ TEST(out_of_order_queue, a_waiting_call_waits_for_an_earlier_group_that_finishes
         EXPECT_EQ(status.wait_for(50ms), std::future_status::timeout);
         slow.open();
         EXPECT_EQ(status.get(), 0);
-        EXPECT_NE(task.result(slot_sum)[0], rubbish<double>);
+        EXPECT_TRUE(has_sum(task));
     }
 }
 
 // The call is over for its caller, who may free the arrays: nothing of it may be under way any more.
 TEST(completion_thread, that_cannot_be_made_leaves_no_work_under_way) {
-    for (auto* const device : {&software_gpu(), &sycl_gpu_in_order()}) {
-        small_task task(*device, small_data());
+    const auto slow = new_software_gpu(16, 20000, true);
+    for (auto* const device : {slow.get(), &sycl_gpu_in_order()}) {
+        small_task task(*device, small_data()), warm_up(*device, small_data());
         const auto interop = nowait_interop(*device);
-        EXPECT_EQ(compute(task, est_sum, 1, device->interop()), 0)
+        EXPECT_EQ(compute(warm_up, est_sum, 1, device->interop()), 0)
             << "which starts the run-time's own threads";
         testing::internal::CaptureStderr();
-        refuse_threads(true);
+        watch().no_threads = true;
         const int status = compute(task, est_sum, 1, interop);
-        refuse_threads(false);
+        watch().no_threads = false;
         EXPECT_EQ(testing::internal::GetCapturedStderr(),
                   "Qtx Stats: std::exception what: Resource temporarily unavailable\n");
         EXPECT_EQ(status, -2);
-        EXPECT_NE(task.result(slot_sum)[0], rubbish<double>);
-        EXPECT_FALSE(omptarget_interop_wait(interop.get(), 1, 20));
+        EXPECT_TRUE(has_sum(task));
+        expect_no_completion(interop);
     }
 }
 
@@ -277,21 +263,15 @@ class opencl_callback : public testing::Test {
 protected:
     void SetUp() override { NEEDS_OPENCL(); }
 
-    static cl_uint references_of(cl_event event) {
+    /// The references of an event, when only the test's own is left or after two seconds.
+    static cl_uint references_left_of(cl_event event) {
         cl_uint count = 0;
-        EXPECT_EQ(clGetEventInfo(event, CL_EVENT_REFERENCE_COUNT, sizeof count, &count, nullptr), CL_SUCCESS);
-        return count;
-    }
-
-    /// Whether the test's own reference is the last one, soon.
-    static bool becomes_the_last_reference(cl_event event) {
-        for (int i = 0; i < 2000; ++i) {
-            if (references_of(event) == 1) {
-                return true;
-            }
+        for (int i = 0; i < 2000 && count != 1; ++i) {
             std::this_thread::sleep_for(1ms);
+            EXPECT_EQ(clGetEventInfo(event, CL_EVENT_REFERENCE_COUNT, sizeof count, &count, nullptr),
+                      CL_SUCCESS);
         }
-        return false;
+        return count;
     }
 };
 
@@ -302,13 +282,13 @@ TEST_F(opencl_callback, balances_the_events_references) {
         for (auto* const device : {opencl(), opencl_out_of_order()}) {
             small_task task(*device, small_data());
             const auto interop = nowait_interop(*device);
-            watch_callback_for(interop.get());
+            watch().watched_user = interop.get();
             EXPECT_EQ(compute(task, estimates, 1, interop), 0);
             expect_one_completion(interop);
-            watch_callback_for(nullptr);
-            const cl_event event = take_event_of_callback();
+            watch().watched_user = nullptr;
+            const cl_event event = watch().kept_event.exchange(nullptr);
             ASSERT_NE(event, nullptr);
-            EXPECT_TRUE(becomes_the_last_reference(event)) << references_of(event) << " references";
+            EXPECT_EQ(references_left_of(event), 1u);
             clReleaseEvent(event);
         }
     }
@@ -317,9 +297,9 @@ TEST_F(opencl_callback, balances_the_events_references) {
 TEST_F(opencl_callback, that_is_refused_leaves_no_work_under_way) {
     small_task task(*opencl(), small_data());
     const auto interop = nowait_interop(*opencl());
-    refuse_callbacks_for(interop.get());
+    watch().refused_user = interop.get();
     EXPECT_EQ(compute(task, est_sum, 1, interop), -2);
-    refuse_callbacks_for(nullptr);
-    EXPECT_NE(task.result(slot_sum)[0], rubbish<double>);
-    EXPECT_FALSE(omptarget_interop_wait(interop.get(), 1, 20));
+    watch().refused_user = nullptr;
+    EXPECT_TRUE(has_sum(task));
+    expect_no_completion(interop);
 }

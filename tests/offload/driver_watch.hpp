@@ -3,31 +3,33 @@
 #include <CL/cl.h>
 #include <basalt/basalt.h>
 
+#include <atomic>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
-/// Functions of drivers and of the C library that this executable puts its own in front of.
 namespace test {
 
-/// Names of the kernels given to software GPUs since the last call, in order.
-std::vector<std::string> take_launched_kernels();
+/// What functions of drivers and of the C library do that this executable puts its own in front of.
+struct driver_watch {
+    std::atomic<int> tried_allocations = 0;     ///< of device memory
+    std::atomic<bool> no_threads = false;       ///< threads that this process tries to start fail
+    std::atomic<void*> refused_user = nullptr;  ///< callbacks asked for with it are refused
+    std::atomic<void*> watched_user = nullptr;  ///< the event of a callback asked for with it is kept
+    std::atomic<cl_event> kept_event = nullptr; ///< and retained
 
-/// Commands whose kernel has \p part in its name wait for \p gate, too; null ends that.
-void delay_kernels(const std::string& part, bs_event_handle_t gate);
+    std::mutex lock;
+    std::vector<std::string> launched; ///< names of the kernels given to software GPUs, in order
+    std::string delayed;               ///< commands whose kernel has this in its name wait for
+    bs_event_handle_t gate = nullptr;  ///< this event, too, unless it is null
 
-/// Allocations of device memory tried since the last call.
-int take_tried_allocations();
+    std::vector<std::string> take_launched() {
+        const std::lock_guard guard(lock);
+        return std::exchange(launched, {});
+    }
+};
 
-/// Threads that this process tries to start fail from here on, or no longer.
-void refuse_threads(bool refused);
-
-/// Callbacks asked for with \p user are refused from here on; null ends that.
-void refuse_callbacks_for(void* user);
-
-/// The event of a callback asked for with \p user is kept from here on; null ends that.
-void watch_callback_for(void* user);
-
-/// The last event kept, retained for the caller; null if there is none.
-cl_event take_event_of_callback();
+driver_watch& watch();
 
 } // namespace test

@@ -1,7 +1,8 @@
 #include "interop_device.hpp"
 
-#include <CL/cl.h>
-#include <basalt/basalt.h>
+#include "../runtime/opencl_natives.hpp"
+#include "support/devices.hpp"
+
 #include <sycl/interop_opencl.hpp>
 
 #include <stdexcept>
@@ -16,12 +17,6 @@ constexpr std::size_t usual_limit = 16;
 constexpr std::size_t usual_limit = 48;
 #endif
 
-void require(bs_result_t result) {
-    if (result != BS_SUCCESS) {
-        throw std::runtime_error(bs_last_error());
-    }
-}
-
 void require(cl_int result) {
     if (result != CL_SUCCESS) {
         throw std::runtime_error("OpenCL error " + std::to_string(result));
@@ -29,37 +24,23 @@ void require(cl_int result) {
 }
 
 /// Two threads, so that commands overlap.
-bs_device_handle_t new_basalt_device(std::size_t limit, unsigned delay_us, bool fp64) {
-    bs_platform_handle_t platform = nullptr;
-    require(bs_platform_get(&platform));
-    bs_device_desc_t desc;
-    bs_device_desc_init(&desc);
+sycl::device new_gpu(std::size_t limit = usual_limit, unsigned delay_us = 0, bool fp64 = true) {
+    auto desc = default_desc();
     desc.max_work_group_size = limit;
     desc.n_threads = 2;
     desc.launch_delay_us = delay_us;
     desc.fp64 = fp64 ? 1 : 0;
-    bs_device_handle_t device = nullptr;
-    require(bs_device_add(platform, &desc, &device));
-    return device;
-}
-
-sycl::device sycl_device_of(bs_device_handle_t device) {
-    namespace basalt = sycl::ext::aurelo::basalt;
-    bs_platform_handle_t platform = nullptr;
-    require(bs_platform_get(&platform));
-    return basalt::make_device(basalt::make_platform(platform), device);
+    return add_device(desc);
 }
 
 class basalt_device : public interop_device {
 public:
-    explicit basalt_device(bs_device_handle_t device) : device_(device) {
-        require(bs_platform_get(&platform_));
-        require(bs_context_create(platform_, 1, &device_, &context_));
-        require(bs_command_queue_create(context_, device_, 1, &queue_));
-        bs_device_desc_t desc;
-        require(bs_device_get_desc(device_, &desc));
+    explicit basalt_device(const sycl::device& device)
+        : device_(device), native_(sycl::get_native<soft_gpu>(device)) {
+        require(bs_context_create(basalt_platform(), 1, &native_, &context_));
+        require(bs_command_queue_create(context_, native_, 1, &queue_));
         runtime = OMPTARGET_FR_BASALT;
-        work_group_limit = desc.max_work_group_size;
+        work_group_limit = limit_of(device);
         name = "basalt";
     }
     /// The context stays: the library keeps what it has made of it.
@@ -68,21 +49,20 @@ public:
     basalt_device& operator=(const basalt_device&) = delete;
 
     interop_object interop() override {
-        return interop_object(omptarget_interop_create_basalt(platform_, device_, context_, queue_, 0));
+        return interop_object(
+            omptarget_interop_create_basalt(basalt_platform(), native_, context_, queue_, 0));
     }
-    sycl::device as_sycl_device() const override { return sycl_device_of(device_); }
+    sycl::device as_sycl_device() const override { return device_; }
     void* allocate(std::size_t bytes) override {
         void* memory = nullptr;
-        require(bs_mem_alloc(context_, device_, BS_MEMORY_SHARED, bytes, 0, &memory));
+        require(bs_mem_alloc(context_, native_, BS_MEMORY_SHARED, bytes, 0, &memory));
         return memory;
     }
     void release(void* memory) override { bs_mem_free(context_, memory); }
-    void hold() override { require(bs_device_hold(device_)); }
-    void let_go() override { bs_device_release(device_); }
 
 private:
-    bs_platform_handle_t platform_ = nullptr;
-    bs_device_handle_t device_;
+    sycl::device device_;
+    bs_device_handle_t native_;
     bs_context_handle_t context_ = nullptr;
     bs_command_queue_handle_t queue_ = nullptr;
 };
@@ -92,7 +72,7 @@ public:
     sycl_device(const sycl::device& device, const sycl::property_list& properties, const char* called)
         : queue_(device, properties) {
         runtime = OMPTARGET_FR_SYCL;
-        work_group_limit = device.get_info<sycl::info::device::max_work_group_size>();
+        work_group_limit = limit_of(device);
         name = called;
     }
 
@@ -100,52 +80,38 @@ public:
     sycl::device as_sycl_device() const override { return queue_.get_device(); }
     void* allocate(std::size_t bytes) override { return sycl::malloc_shared(bytes, queue_); }
     void release(void* memory) override { sycl::free(memory, queue_); }
-    void hold() override { require(bs_device_hold(native())); }
-    void let_go() override { bs_device_release(native()); }
 
 private:
-    bs_device_handle_t native() const {
-        return sycl::get_native<sycl::backend::ext_aurelo_basalt>(queue_.get_device());
-    }
-
     sycl::queue queue_;
 };
 
 class opencl_device : public interop_device {
 public:
-    opencl_device(cl_device_id device, cl_command_queue_properties order, const char* called)
-        : device_(device) {
-        cl_int status = CL_SUCCESS;
-        context_ = clCreateContext(nullptr, 1, &device_, nullptr, nullptr, &status);
-        require(status);
-        const cl_queue_properties properties[] = {CL_QUEUE_PROPERTIES, order, 0};
-        queue_ = clCreateCommandQueueWithProperties(context_, device_, properties, &status);
-        require(status);
-        require(clGetDeviceInfo(device_, CL_DEVICE_MAX_WORK_GROUP_SIZE, sizeof work_group_limit,
+    opencl_device(const opencl_natives& natives, const char* called) : natives_(natives) {
+        require(clGetDeviceInfo(natives_.device, CL_DEVICE_MAX_WORK_GROUP_SIZE, sizeof work_group_limit,
                                 &work_group_limit, nullptr));
         runtime = OMPTARGET_FR_OPENCL;
         name = called;
     }
 
-    interop_object interop() override {
-        return interop_object(omptarget_interop_create_opencl(device_, context_, queue_));
-    }
+    interop_object interop() override { return interop_of(natives_); }
     sycl::device as_sycl_device() const override {
-        return sycl::make_context<sycl::backend::opencl>(context_).get_devices().front();
+        return sycl::make_context<sycl::backend::opencl>(natives_.context).get_devices().front();
     }
     void* allocate(std::size_t bytes) override {
-        void* const memory = clSVMAlloc(context_, CL_MEM_READ_WRITE | CL_MEM_SVM_FINE_GRAIN_BUFFER, bytes, 0);
+        void* const memory =
+            clSVMAlloc(natives_.context, CL_MEM_READ_WRITE | CL_MEM_SVM_FINE_GRAIN_BUFFER, bytes, 0);
         if (memory == nullptr) {
             throw std::bad_alloc();
         }
         return memory;
     }
-    void release(void* memory) override { clSVMFree(context_, memory); }
+    void release(void* memory) override { clSVMFree(natives_.context, memory); }
     void hold() override {
         cl_int status = CL_SUCCESS;
-        gate_ = clCreateUserEvent(context_, &status);
+        gate_ = clCreateUserEvent(natives_.context, &status);
         require(status);
-        require(clEnqueueBarrierWithWaitList(queue_, 1, &gate_, nullptr));
+        require(clEnqueueBarrierWithWaitList(natives_.queue, 1, &gate_, nullptr));
     }
     void let_go() override {
         clSetUserEventStatus(gate_, CL_COMPLETE);
@@ -153,55 +119,39 @@ public:
     }
 
 private:
-    cl_device_id device_;
-    cl_context context_ = nullptr;
-    cl_command_queue queue_ = nullptr;
+    opencl_natives natives_;
     cl_event gate_ = nullptr;
 };
 
+interop_device* new_opencl_device([[maybe_unused]] cl_command_queue_properties order,
+                                  [[maybe_unused]] const char* called) {
 #ifdef QTX_TEST_DEVICE_IMAGES
-cl_device_id first_opencl_device() {
-    cl_platform_id platform = nullptr;
-    cl_device_id device = nullptr;
-    if (clGetPlatformIDs(1, &platform, nullptr) == CL_SUCCESS) {
-        clGetDeviceIDs(platform, CL_DEVICE_TYPE_ALL, 1, &device, nullptr);
-    }
-    return device;
-}
+    const opencl_natives natives(order);
+    return natives.queue == nullptr ? nullptr : new opencl_device(natives, called);
 #else
-cl_device_id first_opencl_device() {
     return nullptr;
-}
 #endif
-
-interop_device* new_opencl_device(cl_command_queue_properties order, const char* called) {
-    const cl_device_id device = first_opencl_device();
-    return device == nullptr ? nullptr : new opencl_device(device, order, called);
-}
-
-sycl::device usual_sycl_device() {
-    return sycl_device_of(new_basalt_device(usual_limit, 0, true));
 }
 
 } // namespace
 
 interop_device& software_gpu() {
-    static auto* const device = new basalt_device(new_basalt_device(usual_limit, 0, true));
+    static auto* const device = new basalt_device(new_gpu());
     return *device;
 }
 
 std::unique_ptr<interop_device> new_software_gpu(std::size_t work_group_limit, unsigned delay_us, bool fp64) {
-    return std::make_unique<basalt_device>(new_basalt_device(work_group_limit, delay_us, fp64));
+    return std::make_unique<basalt_device>(new_gpu(work_group_limit, delay_us, fp64));
 }
 
 interop_device& sycl_gpu() {
-    static auto* const device = new sycl_device(usual_sycl_device(), {}, "sycl_gpu");
+    static auto* const device = new sycl_device(new_gpu(), {}, "sycl_gpu");
     return *device;
 }
 
 interop_device& sycl_gpu_in_order() {
     static auto* const device =
-        new sycl_device(usual_sycl_device(), {sycl::property::queue::in_order()}, "sycl_gpu_in_order");
+        new sycl_device(new_gpu(), {sycl::property::queue::in_order()}, "sycl_gpu_in_order");
     return *device;
 }
 

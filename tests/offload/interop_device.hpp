@@ -2,8 +2,7 @@
 
 #include "support/optional.hpp"
 
-#include <omptarget/interop.h>
-#include <sycl/sycl.hpp>
+#include "../runtime/natives.hpp"
 
 #include <cstddef>
 #include <memory>
@@ -11,11 +10,6 @@
 #include <vector>
 
 namespace test {
-
-struct destroy_interop {
-    void operator()(omptarget_interop_t interop) const { omptarget_interop_destroy(interop); }
-};
-using interop_object = std::unique_ptr<omptarget_interop_s, destroy_interop>;
 
 /// A device as an OpenMP program holds it, by way of one foreign run-time.
 class interop_device {
@@ -30,8 +24,8 @@ public:
     virtual void release(void* memory) = 0;
 
     /// Keeps work that is submitted from here on from starting, until as many calls of let_go().
-    virtual void hold() = 0;
-    virtual void let_go() = 0;
+    virtual void hold() { require(bs_device_hold(sycl::get_native<soft_gpu>(as_sycl_device()))); }
+    virtual void let_go() { bs_device_release(sycl::get_native<soft_gpu>(as_sycl_device())); }
 
     int runtime = 0;
     std::size_t work_group_limit = 0;

@@ -5,6 +5,7 @@
 #include <stats/stats.hpp>
 
 #include <stdexcept>
+#include <utility>
 
 // What entries print on stderr, byte for byte; -2 is all that their callers get.
 
@@ -27,37 +28,17 @@ void expect_message(interop_device& device, std::size_t n_observations, const st
     }
 }
 
-/// The property read of an interop library whose every call throws.
-template <typename Thrown>
-int throwing_read(void*, int, void**) {
-    throw Thrown("a broken interop library");
+/// The message for an interop library whose property read is \p read.
+void expect_message_of_library(int (*read)(void*, int, void**), const std::string& message) {
+    ASSERT_EQ(qtx_omp_load_lib(), 0);
+    const auto real = std::exchange(qtx_fp_tgt_get_interop_property, read);
+    expect_message<float>(software_gpu(), 2, message);
+    qtx_fp_tgt_get_interop_property = real;
 }
-template <>
-int throwing_read<int>(void*, int, void**) {
-    throw 7;
-}
-
-class broken_library {
-public:
-    explicit broken_library(int (*read)(void*, int, void**)) : real_(qtx_fp_tgt_get_interop_property) {
-        qtx_fp_tgt_get_interop_property = read;
-    }
-    ~broken_library() { qtx_fp_tgt_get_interop_property = real_; }
-    broken_library(const broken_library&) = delete;
-    broken_library& operator=(const broken_library&) = delete;
-
-private:
-    int (*real_)(void*, int, void**);
-};
-
-class messages : public testing::Test {
-protected:
-    static void SetUpTestSuite() { ASSERT_EQ(qtx_omp_load_lib(), 0); }
-};
 
 } // namespace
 
-TEST_F(messages, exception_of_the_library) {
+TEST(messages, exception_of_the_library) {
     const auto lonely = new_software_gpu(1, 0, true);
     expect_message<double>(
         *lonely, 2,
@@ -67,7 +48,7 @@ TEST_F(messages, exception_of_the_library) {
             ", whose work-group limit is 1\n");
 }
 
-TEST_F(messages, exception_of_the_sycl_runtime) {
+TEST(messages, exception_of_the_sycl_runtime) {
     const auto narrow = new_software_gpu(8, 0, false);
     std::string what = "nothing was thrown";
     try {
@@ -83,17 +64,17 @@ TEST_F(messages, exception_of_the_sycl_runtime) {
     EXPECT_EQ(compute(narrow_task, est_all, 1, narrow->interop()), 0);
 }
 
-TEST_F(messages, standard_exception) {
-    const broken_library broken(&throwing_read<std::runtime_error>);
-    expect_message<float>(software_gpu(), 2, "Qtx Stats: std::exception what: a broken interop library\n");
+TEST(messages, standard_exception) {
+    expect_message_of_library([](void*, int, void**) -> int { throw std::runtime_error("a broken library"); },
+                              "Qtx Stats: std::exception what: a broken library\n");
 }
 
-TEST_F(messages, unknown_exception) {
-    const broken_library broken(&throwing_read<int>);
-    expect_message<float>(software_gpu(), 2, "Qtx Stats: unknown exception occured during Nerva call");
+TEST(messages, unknown_exception) {
+    expect_message_of_library([](void*, int, void**) -> int { throw 7; },
+                              "Qtx Stats: unknown exception occured during Nerva call");
 }
 
-TEST_F(messages, refusals_print_nothing) {
+TEST(messages, refusals_print_nothing) {
     offload_task<double, std::int64_t> task(software_gpu(), make<double>({.n_dims = 2, .n_observations = 3}));
     const auto interop = software_gpu().interop();
     testing::internal::CaptureStderr();

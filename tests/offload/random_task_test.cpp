@@ -1,8 +1,6 @@
 #include "expected.hpp"
 
-#include <chrono>
-#include <cstdlib>
-#include <random>
+#include "../runtime/fuzz.hpp"
 
 // Any task record that a program could hand over. QTX_FUZZ_SECONDS and QTX_FUZZ_SEED are in the environment.
 
@@ -73,7 +71,7 @@ public:
 
     void check() {
         const auto before = record_;
-        const int status = compute<T, Integer>(record_.data(), estimates_, method_, interop_.get());
+        const int status = entry<T, Integer>::by_value(record_.data(), estimates_, method_, interop_.get());
         const bool is_walked = (status == 0 || status <= -4006) && status != -4032;
         if (nowait_ && is_walked) {
             ASSERT_TRUE(omptarget_interop_wait(interop_.get(), 1, 60000));
@@ -155,11 +153,6 @@ private:
     std::array<std::uint64_t, record_bytes / 8> record_{};
 };
 
-std::uint64_t number_from(const char* variable, std::uint64_t otherwise) {
-    const char* const text = std::getenv(variable);
-    return text == nullptr ? otherwise : std::stoull(text);
-}
-
 /// One call from a seed of its own, so that a failing one can be made again alone.
 template <typename T, typename Integer>
 void make_and_check(std::uint64_t seed, interop_device& device) {
@@ -172,30 +165,20 @@ void make_and_check(std::uint64_t seed, interop_device& device) {
 } // namespace
 
 TEST(random_task, never_crashes_writes_outside_or_answers_with_an_unknown_status) {
-    auto seed = number_from("QTX_FUZZ_SEED", std::random_device{}());
-    const std::chrono::seconds duration(number_from("QTX_FUZZ_SECONDS", 1));
+    const fuzz fuzz;
     const auto tiny = new_software_gpu(4, 0, true);
     const std::array<interop_device*, 4> devices{tiny.get(), &software_gpu(), &sycl_gpu(),
                                                  &sycl_gpu_in_order()};
-    const auto end = std::chrono::steady_clock::now() + duration;
-    const auto first = seed;
-    while (std::chrono::steady_clock::now() < end && !HasFailure()) {
+    auto seed = fuzz.seed;
+    for (; fuzz.goes_on(); ++seed) {
         auto& device = *devices[seed % devices.size()];
-        switch (seed / devices.size() % 4) {
-        case 0:
-            make_and_check<double, std::int64_t>(seed, device);
-            break;
-        case 1:
-            make_and_check<float, std::int64_t>(seed, device);
-            break;
-        case 2:
-            make_and_check<double, std::int32_t>(seed, device);
-            break;
-        default:
-            make_and_check<float, std::int32_t>(seed, device);
-        }
-        ++seed;
+        std::size_t type = 0;
+        in_every_type([&]<typename T, typename Integer>() {
+            if (type++ == seed / devices.size() % 4) {
+                make_and_check<T, Integer>(seed, device);
+            }
+        });
     }
-    std::printf("%llu tasks from seed %llu\n", static_cast<unsigned long long>(seed - first),
-                static_cast<unsigned long long>(first));
+    std::printf("%llu tasks from %s\n", static_cast<unsigned long long>(seed - fuzz.seed),
+                fuzz.text().c_str());
 }

@@ -129,13 +129,6 @@ public:
     }
     void* get() { return record_.data(); }
     std::vector<T> result(std::size_t at) const { return results_.at(at)->values(); }
-    std::map<std::size_t, std::vector<T>> all_results() const {
-        std::map<std::size_t, std::vector<T>> all;
-        for (const auto& [at, array] : results_) {
-            all[at] = array->values();
-        }
-        return all;
-    }
     const host_dataset<T>& data() const { return data_; }
 
 private:
@@ -164,45 +157,25 @@ private:
     std::map<std::size_t, std::unique_ptr<device_array<T>>> results_;
 };
 
-template <typename Integer>
-using method_of = std::conditional_t<sizeof(Integer) == 8, long long, int>;
-
-/// The by-value entry of a type and a width.
+/// The entries of a type and a width, by value and by reference.
 template <typename T, typename Integer>
-int compute(void* task, unsigned long long estimates, method_of<Integer> method, void* interop) {
-    if constexpr (std::is_same_v<T, double>) {
-        if constexpr (sizeof(Integer) == 8) {
-            return qtx_tsb_dSSCompute_omp_offload_ilp64(task, estimates, method, interop);
-        } else {
-            return qtx_tsb_dSSCompute_omp_offload_lp64(task, estimates, method, interop);
-        }
-    } else if constexpr (sizeof(Integer) == 8) {
-        return qtx_tsb_sSSCompute_omp_offload_ilp64(task, estimates, method, interop);
-    } else {
-        return qtx_tsb_sSSCompute_omp_offload_lp64(task, estimates, method, interop);
-    }
-}
-
-/// The by-reference entry.
-template <typename T, typename Integer>
-int compute_by_reference(void* task, unsigned long long estimates, method_of<Integer> method, void* interop) {
-    if constexpr (std::is_same_v<T, double>) {
-        if constexpr (sizeof(Integer) == 8) {
-            return qtx_tsb_dsscompute_omp_offload(&task, &estimates, &method, interop);
-        } else {
-            return qtx_tsb_dsscompute_omp_offload_lp64(&task, &estimates, &method, interop);
-        }
-    } else if constexpr (sizeof(Integer) == 8) {
-        return qtx_tsb_ssscompute_omp_offload(&task, &estimates, &method, interop);
-    } else {
-        return qtx_tsb_ssscompute_omp_offload_lp64(&task, &estimates, &method, interop);
-    }
-}
+struct entry;
+#define TEST_ENTRY(T, INTEGER, BY_VALUE, BY_REFERENCE)                                                       \
+    template <>                                                                                              \
+    struct entry<T, INTEGER> {                                                                               \
+        static constexpr auto by_value = &BY_VALUE;                                                          \
+        static constexpr auto by_reference = &BY_REFERENCE;                                                  \
+    };
+TEST_ENTRY(double, std::int64_t, qtx_tsb_dSSCompute_omp_offload_ilp64, qtx_tsb_dsscompute_omp_offload)
+TEST_ENTRY(float, std::int64_t, qtx_tsb_sSSCompute_omp_offload_ilp64, qtx_tsb_ssscompute_omp_offload)
+TEST_ENTRY(double, std::int32_t, qtx_tsb_dSSCompute_omp_offload_lp64, qtx_tsb_dsscompute_omp_offload_lp64)
+TEST_ENTRY(float, std::int32_t, qtx_tsb_sSSCompute_omp_offload_lp64, qtx_tsb_ssscompute_omp_offload_lp64)
+#undef TEST_ENTRY
 
 template <typename T, typename Integer>
-int compute(offload_task<T, Integer>& task, unsigned long long estimates, method_of<Integer> method,
+int compute(offload_task<T, Integer>& task, unsigned long long estimates, int method,
             const interop_object& interop) {
-    return compute<T, Integer>(task.get(), estimates, method, interop.get());
+    return entry<T, Integer>::by_value(task.get(), estimates, method, interop.get());
 }
 
 /// Calls `body.operator()<T, Integer>()` for both types and widths.

@@ -11,9 +11,9 @@ using namespace test;
 std::vector<std::string> kernels_of(unsigned long long estimates, int method, int expected_status = 0) {
     offload_task<double, std::int64_t> task(software_gpu(), make<double>({.n_dims = 2, .n_observations = 5}));
     const auto interop = software_gpu().interop();
-    take_launched_kernels();
+    watch().take_launched();
     EXPECT_EQ(compute(task, estimates, method, interop), expected_status);
-    return take_launched_kernels();
+    return watch().take_launched();
 }
 
 void expect_order(const std::vector<std::string>& kernels, const std::vector<const char*>& functors) {
@@ -63,9 +63,9 @@ TEST(walk, minimum_of_one_group_allocates_nothing_and_does_not_wait) {
         const auto interop = device.interop();
         omptarget_interop_set_nowait(interop.get(), 1);
         held_device held(device);
-        take_tried_allocations();
+        watch().tried_allocations = 0;
         EXPECT_EQ(compute(task, est_min, 1, interop), 0);
-        EXPECT_EQ(take_tried_allocations(), 0);
+        EXPECT_EQ(watch().tried_allocations, 0);
         expect_untouched(task);
         held.let_go();
         EXPECT_TRUE(omptarget_interop_wait(interop.get(), 1, 60000));
@@ -78,9 +78,9 @@ TEST(walk, minimum_of_several_groups_is_complete_on_return) {
     offload_task<double, std::int32_t> task(*device, make<double>({.n_dims = 2, .n_observations = 9}));
     const auto interop = device->interop();
     omptarget_interop_set_nowait(interop.get(), 1);
-    take_tried_allocations();
+    watch().tried_allocations = 0;
     EXPECT_EQ(compute(task, est_min, 1, interop), 0);
-    EXPECT_GT(take_tried_allocations(), 0);
+    EXPECT_GT(watch().tried_allocations, 0);
     expect_results(task, {slot_minimum}, device->work_group_limit);
     EXPECT_TRUE(omptarget_interop_wait(interop.get(), 1, 60000));
 }

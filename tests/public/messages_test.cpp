@@ -5,6 +5,7 @@
 #include <stats/exception.hpp>
 
 #include <memory>
+#include <utility>
 
 // Every refusal of the public forms, word for word, in the order in which they are tested.
 
@@ -27,10 +28,6 @@ std::string message_of(const Call& call) {
     return "nothing was thrown";
 }
 
-std::string invalid(const std::string& estimate, const std::string& detail) {
-    return "aurelo::qtx::stats::" + estimate + ": invalid argument: " + detail;
-}
-
 class messages : public testing::Test {
 protected:
     using buffer = sycl::buffer<double, 1>;
@@ -42,123 +39,86 @@ protected:
     test::usm_array<double> values{gpu, std::vector<double>{1, 2, 3, 4, 5, 6}};
     test::usm_array<double> out{gpu, std::vector<double>{0, 0}};
     stats::dataset<layout::by_observation, double*> on_pointers{2, 3, values.get()};
-    double* const null = nullptr;
 
-    /// The messages of a call with these outputs, or a mean and these outputs, in buffers and on pointers.
-    template <typename Estimate, typename... Arrays>
-    void expect_lengths(const std::string& name, const std::string& detail, const Estimate& estimate,
-                        const Arrays&... outputs) {
-        EXPECT_EQ(message_of<qtx::invalid_argument>([&] { estimate(gpu, in_buffers, outputs...); }),
-                  invalid(name, detail));
-    }
-    template <typename Estimate, typename... Arrays>
-    void expect_nulls(const std::string& name, const std::string& detail, const Estimate& estimate,
-                      const Arrays&... outputs) {
-        EXPECT_EQ(message_of<qtx::invalid_argument>([&] { estimate(gpu, on_pointers, outputs...); }),
-                  invalid(name, detail));
-    }
-    template <typename Estimate, typename... Arrays>
-    void expect_mean_length(const std::string& name, const std::string& detail, const Estimate& estimate,
-                            const Arrays&... outputs) {
-        EXPECT_EQ(message_of<qtx::invalid_argument>([&] { estimate(gpu, none, in_buffers, outputs...); }),
-                  invalid(name, detail));
-    }
-    template <typename Estimate, typename... Arrays>
-    void expect_mean_null(const std::string& name, const std::string& detail, const Estimate& estimate,
-                          const Arrays&... outputs) {
-        EXPECT_EQ(message_of<qtx::invalid_argument>([&] { estimate(gpu, null, on_pointers, outputs...); }),
-                  invalid(name, detail));
+    /**
+     * The messages of a call with outputs that are \p given or not, and an absent mean in front if \p with_mean, in
+     * buffers and on pointers: \p what says which array is missed.
+     */
+    template <bool with_mean = false, std::size_t n, typename Estimate>
+    void expect_absent(const std::string& name, const std::string& what, const Estimate& estimate,
+                       const bool (&given)[n]) {
+        const bool all = what.starts_with("all");
+        const auto expect = [&](const auto& data, auto absent, auto present, const std::string& detail) {
+            const auto call = [&]<std::size_t... k>(std::index_sequence<k...>) {
+                if constexpr (with_mean) {
+                    estimate(gpu, absent, data, (given[k] ? present : absent)...);
+                } else {
+                    estimate(gpu, data, (given[k] ? present : absent)...);
+                }
+            };
+            EXPECT_EQ(message_of<qtx::invalid_argument>([&] { call(std::make_index_sequence<n>{}); }),
+                      "aurelo::qtx::stats::" + name + ": invalid argument: " + what + detail);
+        };
+        expect(in_buffers, none, some, all ? " arrays length is 0" : " array length is 0");
+        expect(on_pointers, static_cast<double*>(nullptr), out.get(), all ? " are nullptr" : " is nullptr");
     }
 };
 
 } // namespace
 
-TEST_F(messages, minmax) {
-    expect_lengths("max", "max array length is 0", test::call::max, none);
-    expect_lengths("min", "min array length is 0", test::call::min, none);
-    expect_lengths("min_max", "min array length is 0", test::call::min_max, none, none);
-    expect_lengths("min_max", "max array length is 0", test::call::min_max, some, none);
-    expect_nulls("max", "max is nullptr", test::call::max, null);
-    expect_nulls("min", "min is nullptr", test::call::min, null);
-    expect_nulls("min_max", "min is nullptr", test::call::min_max, null, null);
-    expect_nulls("min_max", "max is nullptr", test::call::min_max, out.get(), null);
-}
-
-TEST_F(messages, one_output) {
-    expect_lengths("mean", "mean array length is 0", test::call::mean, none);
-    expect_lengths("variation", "variation array length is 0", test::call::variation, none);
-    expect_lengths("skewness", "skewness array length is 0", test::call::skewness, none);
-    expect_lengths("kurtosis", "kurtosis array length is 0", test::call::kurtosis, none);
-    expect_nulls("mean", "mean is nullptr", test::call::mean, null);
-    expect_nulls("variation", "variation is nullptr", test::call::variation, null);
-    expect_nulls("skewness", "skewness is nullptr", test::call::skewness, null);
-    expect_nulls("kurtosis", "kurtosis is nullptr", test::call::kurtosis, null);
-}
-
-TEST_F(messages, all_outputs_absent) {
-    expect_lengths("raw_sum", "all sums arrays length is 0", test::call::raw_sum, none, none, none, none);
-    expect_lengths("central_sum", "all sums arrays length is 0", test::call::central_sum, none, none, none);
-    expect_lengths("raw_moment", "all moments arrays length is 0", test::call::raw_moment, none, none, none,
-                   none);
-    expect_lengths("central_moment", "all moments arrays length is 0", test::call::central_moment, none, none,
-                   none);
-    expect_nulls("raw_sum", "all sums are nullptr", test::call::raw_sum, null, null, null, null);
-    expect_nulls("central_sum", "all sums are nullptr", test::call::central_sum, null, null, null);
-    expect_nulls("raw_moment", "all moments are nullptr", test::call::raw_moment, null, null, null, null);
-    expect_nulls("central_moment", "all moments are nullptr", test::call::central_moment, null, null, null);
-}
-
-TEST_F(messages, first_output_absent_while_a_later_one_is_given) {
-    expect_lengths("raw_sum", "sum array length is 0", test::call::raw_sum, none, none, some, none);
-    expect_lengths("raw_moment", "mean array length is 0", test::call::raw_moment, none, some, none, none);
-    expect_lengths("central_sum", "central sum array length is 0", test::call::central_sum, none, some, none);
-    expect_lengths("central_moment", "central moment array length is 0", test::call::central_moment, none,
-                   none, some);
-    expect_nulls("raw_sum", "sum is nullptr", test::call::raw_sum, null, null, null, out.get());
-    expect_nulls("raw_moment", "mean is nullptr", test::call::raw_moment, null, null, out.get(), null);
-    expect_nulls("central_sum", "central sum is nullptr", test::call::central_sum, null, out.get(), null);
-    expect_nulls("central_moment", "central moment is nullptr", test::call::central_moment, null, null,
-                 out.get());
-    expect_mean_length("central_sum", "central sum array length is 0", test::call::central_sum, none, some,
-                       none);
+TEST_F(messages, outputs_are_tested_in_their_order) {
+    using namespace test;
+    expect_absent("max", "max", call::max, {false});
+    expect_absent("min", "min", call::min, {false});
+    expect_absent("min_max", "min", call::min_max, {false, false});
+    expect_absent("min_max", "max", call::min_max, {true, false});
+    expect_absent("mean", "mean", call::mean, {false});
+    expect_absent("variation", "variation", call::variation, {false});
+    expect_absent("skewness", "skewness", call::skewness, {false});
+    expect_absent("kurtosis", "kurtosis", call::kurtosis, {false});
+    expect_absent("raw_sum", "all sums", call::raw_sum, {false, false, false, false});
+    expect_absent("central_sum", "all sums", call::central_sum, {false, false, false});
+    expect_absent("raw_moment", "all moments", call::raw_moment, {false, false, false, false});
+    expect_absent("central_moment", "all moments", call::central_moment, {false, false, false});
+    for (const bool early : {false, true}) {
+        expect_absent("raw_sum", "sum", call::raw_sum, {false, early, false, !early});
+        expect_absent("raw_moment", "mean", call::raw_moment, {false, early, !early, false});
+        expect_absent("central_sum", "central sum", call::central_sum, {false, early, !early});
+        expect_absent("central_moment", "central moment", call::central_moment, {false, early, !early});
+    }
 }
 
 TEST_F(messages, a_mean_is_tested_after_the_outputs) {
-    expect_mean_length("central_sum", "mean array length is 0", test::call::central_sum, some, none, none);
-    expect_mean_length("central_moment", "mean array length is 0", test::call::central_moment, some, none,
-                       none);
-    expect_mean_length("variation", "mean array length is 0", test::call::variation, some);
-    expect_mean_length("skewness", "mean array length is 0", test::call::skewness, some);
-    expect_mean_length("kurtosis", "mean array length is 0", test::call::kurtosis, some);
-    expect_mean_length("kurtosis", "kurtosis array length is 0", test::call::kurtosis, none);
-    expect_mean_length("central_sum", "all sums arrays length is 0", test::call::central_sum, none, none,
-                       none);
-    expect_mean_null("central_sum", "mean is nullptr", test::call::central_sum, out.get(), null, null);
-    expect_mean_null("central_moment", "mean is nullptr", test::call::central_moment, out.get(), null, null);
-    expect_mean_null("variation", "mean is nullptr", test::call::variation, out.get());
-    expect_mean_null("skewness", "mean is nullptr", test::call::skewness, out.get());
-    expect_mean_null("kurtosis", "mean is nullptr", test::call::kurtosis, out.get());
-    expect_mean_null("skewness", "skewness is nullptr", test::call::skewness, null);
+    using namespace test;
+    expect_absent<true>("central_sum", "mean", call::central_sum, {true, false, false});
+    expect_absent<true>("central_moment", "mean", call::central_moment, {true, false, false});
+    expect_absent<true>("variation", "mean", call::variation, {true});
+    expect_absent<true>("skewness", "mean", call::skewness, {true});
+    expect_absent<true>("kurtosis", "mean", call::kurtosis, {true});
+    expect_absent<true>("central_sum", "all sums", call::central_sum, {false, false, false});
+    expect_absent<true>("central_sum", "central sum", call::central_sum, {false, true, false});
+    expect_absent<true>("skewness", "skewness", call::skewness, {false});
+    expect_absent<true>("kurtosis", "kurtosis", call::kurtosis, {false});
 }
 
 TEST_F(messages, standard_central_estimates_have_no_device_code) {
-    const auto standard_sum = [](sycl::queue& q, const auto& data, const auto&... outputs) {
-        stats::central_sum<stats::method::standard>(q, data, outputs...);
+    const auto sum = [](auto&... arguments) { stats::central_sum<stats::method::standard>(arguments...); };
+    const auto moment = [](auto&... arguments) {
+        stats::central_moment<stats::method::standard>(arguments...);
     };
-    const auto standard_moment = [](sycl::queue& q, const auto& data, const auto&... outputs) {
-        stats::central_moment<stats::method::standard>(q, data, outputs...);
+    expect_absent("central_moment", "all moments", moment, {false, false, false});
+    double* const null = nullptr;
+    double* const given = out.get();
+    const auto expect_refused = [&](const std::string& name, const auto& estimate) {
+        const std::string words =
+            "aurelo::qtx::stats::" + name + ": unimplemented functionality: for this method";
+        EXPECT_EQ(message_of<qtx::unimplemented>([&] { estimate(gpu, in_buffers, some, none, none); }),
+                  words);
+        EXPECT_EQ(message_of<qtx::unimplemented>([&] { estimate(gpu, on_pointers, given, null, null); }),
+                  words);
     };
-    expect_lengths("central_moment", "all moments arrays length is 0", standard_moment, none, none, none);
-    const std::string words = ": unimplemented functionality: for this method";
-    EXPECT_EQ(message_of<qtx::unimplemented>([&] { standard_sum(gpu, in_buffers, some, none, none); }),
-              "aurelo::qtx::stats::central_sum" + words);
-    EXPECT_EQ(message_of<qtx::unimplemented>([&] { standard_sum(gpu, on_pointers, out.get(), null, null); }),
-              "aurelo::qtx::stats::central_sum" + words);
-    EXPECT_EQ(message_of<qtx::unimplemented>([&] { standard_moment(gpu, in_buffers, some, none, none); }),
-              "aurelo::qtx::stats::central_moment" + words);
-    EXPECT_EQ(
-        message_of<qtx::unimplemented>([&] { standard_moment(gpu, on_pointers, out.get(), null, null); }),
-        "aurelo::qtx::stats::central_moment" + words);
+    expect_refused("central_sum", sum);
+    expect_refused("central_moment", moment);
 }
 
 TEST_F(messages, an_accelerator_is_refused_after_the_arguments) {
@@ -166,15 +126,16 @@ TEST_F(messages, an_accelerator_is_refused_after_the_arguments) {
     desc.type = BS_DEVICE_ACCELERATOR;
     std::snprintf(desc.name, sizeof desc.name, "matrix unit");
     gpu = sycl::queue(test::add_device(desc));
-    expect_lengths("max", "max array length is 0", test::call::max, none);
-    const std::string words = ": unsupported device: matrix unit";
-    EXPECT_EQ(message_of<qtx::unsupported_device>([&] { stats::max(gpu, in_buffers, some); }),
-              "aurelo::qtx::stats::max" + words);
-    EXPECT_EQ(message_of<qtx::unsupported_device>([&] { stats::kurtosis(gpu, in_buffers, some); }),
-              "aurelo::qtx::stats::kurtosis" + words);
-    EXPECT_EQ(message_of<qtx::unsupported_device>(
-                  [&] { stats::central_moment<stats::method::standard>(gpu, in_buffers, some, none, none); }),
-              "aurelo::qtx::stats::central_moment" + words);
+    expect_absent("max", "max", test::call::max, {false});
+    const auto expect_refused = [](const std::string& name, const auto& call) {
+        EXPECT_EQ(message_of<qtx::unsupported_device>(call),
+                  "aurelo::qtx::stats::" + name + ": unsupported device: matrix unit");
+    };
+    expect_refused("max", [&] { stats::max(gpu, in_buffers, some); });
+    expect_refused("kurtosis", [&] { stats::kurtosis(gpu, in_buffers, some); });
+    expect_refused("central_moment", [&] {
+        stats::central_moment<stats::method::standard>(gpu, in_buffers, some, none, none);
+    });
 }
 
 TEST(exceptions, compose_their_message_from_the_parts_that_are_there) {

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <iterator>
 #include <numeric>
@@ -132,10 +133,6 @@ host_dataset<T> normal(double mean, double deviation, std::size_t n, bool weight
     return data;
 }
 
-stats_partial one_after_the_other(const std::vector<stats_partial>& parts) {
-    return std::accumulate(parts.begin(), parts.end(), stats_partial{}, merge);
-}
-
 stats_partial in_pairs(std::vector<stats_partial> parts) {
     for (; parts.size() > 1; parts.resize((parts.size() + 1) / 2)) {
         for (std::size_t i = 0; i + 1 < parts.size(); i += 2) {
@@ -148,32 +145,22 @@ stats_partial in_pairs(std::vector<stats_partial> parts) {
     return parts[0];
 }
 
-int levels(std::size_t parts) {
-    int h = 0;
-    for (std::size_t covered = 1; covered < parts; covered *= 2) {
-        ++h;
-    }
-    return h;
-}
-
-struct hard_case {
-    double mean, deviation;
-    bool weighted;
-    std::size_t part;
-};
-
 bool same(const stats_partial& a, const stats_partial& b) {
     const auto words = [](const stats_partial& p) {
-        std::array<double, 13> list{
-            p.weight,     p.square_weight,  p.mean,           p.mean_low,   p.min,
-            p.max,        p.central_sum[0], p.central_sum[1], p.raw_sum[0], p.central_sum[2],
-            p.raw_sum[1], p.raw_sum[2],     p.raw_sum[3]};
-        return list;
+        return std::vector<double>{p.weight,     p.square_weight, p.mean,           p.mean_low,
+                                   p.min,        p.max,           p.central_sum[0], p.raw_sum[0],
+                                   p.raw_sum[1], p.raw_sum[2],    p.central_sum[1], p.central_sum[2],
+                                   p.raw_sum[3]};
     };
     return a.count == b.count && words(a) == words(b);
 }
 
 TEST(partial, merges_stay_within_the_documented_bound_on_hard_data) {
+    struct hard_case {
+        double mean, deviation;
+        bool weighted;
+        std::size_t part;
+    };
     for (const hard_case& c : {hard_case{0, 1, false, 1},
                                {0, 1, true, 7},
                                {1e9, 1, false, 1},
@@ -191,9 +178,10 @@ TEST(partial, merges_stay_within_the_documented_bound_on_hard_data) {
             parts.push_back(exact_sums(part, 0).rounded(part.n_observations));
         }
         const exact_sums whole(data, 0);
-        expect_exact(in_pairs(parts), whole, unit, levels(parts.size()));
+        expect_exact(in_pairs(parts), whole, unit, std::bit_width(parts.size() - 1));
         // 5,000 merges deep the bound is loose, but not too loose to see a mean of one double.
-        expect_exact(one_after_the_other(parts), whole, unit, static_cast<int>(parts.size()));
+        expect_exact(std::accumulate(parts.begin(), parts.end(), stats_partial{}, merge), whole, unit,
+                     static_cast<int>(parts.size()));
         EXPECT_EQ(in_pairs(parts).count, 5000);
     }
 }
@@ -283,29 +271,24 @@ void expect_partials(const sycl::device& device, const test::arrangement& how, c
 }
 
 template <typename T>
-void check_all_arrangements() {
+class partials_of : public testing::Test {};
+using element_types = testing::Types<float, double>;
+TYPED_TEST_SUITE(partials_of, element_types);
+
+TYPED_TEST(partials_of, any_device_arrangement_weights_and_mask) {
     for (const sycl::device& device : devices()) {
         for (const test::arrangement& how : test::arrangements) {
             for (const auto weights :
                  {test::weighting::none, test::weighting::positive, test::weighting::odd}) {
-                test::recipe r;
-                r.n_observations = 150;
-                r.weights = weights;
-                r.mask =
-                    weights == test::weighting::positive ? test::masking::first_out : test::masking::none;
+                const bool masked = weights == test::weighting::positive;
+                const test::recipe r{.n_observations = 150,
+                                     .weights = weights,
+                                     .mask = masked ? test::masking::first_out : test::masking::none};
                 SCOPED_TRACE(how.text() + ", " + r.text());
-                expect_partials(device, how, test::make<T>(r), 70);
+                expect_partials(device, how, test::make<TypeParam>(r), 70);
             }
         }
     }
-}
-
-TEST(make_partials, any_device_arrangement_weights_and_mask_double) {
-    check_all_arrangements<double>();
-}
-
-TEST(make_partials, any_device_arrangement_weights_and_mask_float) {
-    check_all_arrangements<float>();
 }
 
 TEST(make_partials, data_far_from_zero_keep_their_digits_on_every_device) {
@@ -419,21 +402,15 @@ TEST(make_partials, counts_are_checked_and_no_observations_are_the_identity) {
                                                  aurelo::qtx::stats::make_dataset<test::layout::by_dimension>(
                                                      dims, observations, static_cast<double*>(nullptr)));
     };
-    const auto refusal = [&](std::int64_t dims, std::int64_t observations) -> std::string {
-        try {
-            made(dims, observations);
-        } catch (const aurelo::qtx::invalid_argument& error) {
-            return error.what();
-        }
-        return "no error";
-    };
-    EXPECT_THAT(made(2, 0),
-                testing::Each(testing::Truly([](const stats_partial& p) { return same(p, {}); })));
-    EXPECT_EQ(made(2, 0).size(), 2U);
-    EXPECT_EQ(refusal(0, 1),
-              "aurelo::qtx::stats::make_partials: invalid argument: n_dims is 0, which is below 1");
-    EXPECT_EQ(refusal(1, -3),
-              "aurelo::qtx::stats::make_partials: invalid argument: n_observations is -3, which is below 0");
+    const auto none = made(2, 0);
+    EXPECT_EQ(none.size(), 2U);
+    EXPECT_TRUE(same(none[0], {}) && same(none[1], {}));
+    const std::string refused = "aurelo::qtx::stats::make_partials: invalid argument: ";
+    using aurelo::qtx::invalid_argument;
+    EXPECT_THAT([&] { made(0, 1); },
+                testing::ThrowsMessage<invalid_argument>(refused + "n_dims is 0, which is below 1"));
+    EXPECT_THAT([&] { made(1, -3); },
+                testing::ThrowsMessage<invalid_argument>(refused + "n_observations is -3, which is below 0"));
 }
 
 } // namespace

@@ -1,32 +1,16 @@
 #pragma once
 
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 namespace test {
 
-struct entry {
-    std::string name;
-    std::string without; ///< what its wrapper returns without the entry: int (2), null or void
-};
-
-/// The entries in the order of their resolution.
-inline std::vector<entry> entry_list() {
+/// The names of the OpenCL entries in the order of their resolution.
+inline std::vector<std::string> entry_list() {
     std::ifstream file(TEST_ENTRIES);
-    std::vector<entry> result;
-    for (entry next; file >> next.name >> next.without;) {
-        result.push_back(next);
-    }
-    return result;
-}
-
-inline std::vector<std::string> entry_names() {
-    std::vector<std::string> names;
-    for (const auto& each : entry_list()) {
-        names.push_back(each.name);
-    }
-    return names;
+    return {std::istream_iterator<std::string>(file), {}};
 }
 
 } // namespace test

@@ -1,3 +1,4 @@
+#include "fuzz.hpp"
 #include "natives.hpp"
 
 #include <offload/queue_lookup.hpp>
@@ -6,10 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
-#include <cstdlib>
 #include <map>
-#include <random>
 #include <set>
 #include <sstream>
 
@@ -24,8 +22,9 @@ public:
     random_interop(std::mt19937_64& random, const std::array<test::basalt_natives, 2>& natives,
                    sycl::queue& sycl_queue)
         : random_(random), object_(omptarget_interop_create_sycl(nullptr)) {
-        id_ = pick({0, 1, 2, 3, 4, 4, 5, 6, 6, 6, 7});
-        kind_ = pick({0, 1, 2, 2, 2, 3});
+        id_ = pick({-6, 0, 1, 2, 3, 3, 4, 4, 5, 6, 6, 6, 7});
+        kind_ = pick({0, 1, 2, 2, 2, 3, -1, 6, 0x10000 + 2});
+        kind_in_64_bits_ = std::int64_t{pick({0, 5})} << 32 | static_cast<std::uint32_t>(kind_);
         omptarget_interop_set_int(object_.get(), OMPTARGET_FR_ID, id_);
         omptarget_interop_set_int(object_.get(), OMPTARGET_IMMEDIATE, 0);
         const auto& of_device = natives[pick({0, 1})];
@@ -36,7 +35,7 @@ public:
         const bool opencl = runtime() == 3 || kind_ != 2;
         set(OMPTARGET_CONTEXT, opencl ? nullptr : of_context.context);
         set(OMPTARGET_QUEUE, id_ == 4 ? static_cast<void*>(&sycl_queue) : of_context.queue);
-        set(OMPTARGET_BACKEND_KIND, &kind_);
+        set(OMPTARGET_BACKEND_KIND, &kind_in_64_bits_);
         for (const int property : {-1, 5, 6, 7, 8, 9, 10}) {
             if (pick({0, 0, 0, 0, 0, 0, 0, 1}) != 0) {
                 failing_.insert(property);
@@ -47,6 +46,7 @@ public:
     }
 
     void* get() const { return object_.get(); }
+    std::vector<int> reads() const { return test::reads_of(object_); }
 
     /// The run-time that the object names in one way or the other.
     int runtime() const {
@@ -56,24 +56,35 @@ public:
         return fails(8) || is_null(8) ? 0 : kind_ == 1 ? 3 : kind_ == 2 ? 6 : 0;
     }
 
+    /// What the lookup reads, in order; nothing after a read that fails, or that the SYCL runtime refuses.
+    std::vector<int> expected_reads() const {
+        std::vector<int> reads{OMPTARGET_FR_ID};
+        if (fails(OMPTARGET_FR_ID)) {
+            reads.push_back(8);
+        }
+        static const std::map<int, std::vector<int>> of_runtime{{3, {9, 5}}, {4, {5}}, {6, {6, 7, 9, 5}}};
+        const auto found = of_runtime.find(runtime());
+        for (const int each : found == of_runtime.end() ? std::vector<int>{} : found->second) {
+            const bool refused = runtime() == 6 && each == 5 && (is_null(6) || is_null(7));
+            if (fails(reads.back()) || refused) {
+                break;
+            }
+            reads.push_back(each);
+        }
+        return reads;
+    }
+
     /// The id that the lookup reports; nothing when the SYCL runtime may throw.
     std::optional<int> expected_id() const {
-        switch (runtime()) {
-        case 3:
-            return fails(9) || fails(5) ? std::optional(0) : std::nullopt;
-        case 4:
-            return fails(5) || is_null(5) ? 0 : 4;
-        case 6:
-            if (fails(6) || fails(7) || fails(9)) {
-                return 0;
-            }
-            if (is_null(6) || is_null(7)) {
-                return std::nullopt;
-            }
-            return fails(5) ? std::optional(0) : is_null(9) || mixed_ ? std::nullopt : std::optional(6);
-        default:
+        const bool known = runtime() == 3 || runtime() == 4 || runtime() == 6;
+        if (!known || fails(expected_reads().back())) {
             return 0;
         }
+        if (runtime() == 4) {
+            return is_null(5) ? 0 : 4;
+        }
+        const bool sound = runtime() == 6 && !is_null(6) && !is_null(7) && !is_null(9) && !mixed_;
+        return sound ? std::optional(6) : std::nullopt;
     }
 
     /// Whether the cache must give null; it may throw if it need not.
@@ -115,6 +126,7 @@ private:
     test::interop_object object_;
     int id_ = 0;
     std::int32_t kind_ = 0;
+    std::int64_t kind_in_64_bits_ = 0; ///< of which the upper half does not count
     bool mixed_ = false;
     std::set<int> failing_;
     std::set<int> null_;
@@ -130,6 +142,7 @@ void check_lookup(const random_interop& interop) {
     } catch (const sycl::exception& error) {
         EXPECT_FALSE(expected.has_value()) << error.what();
     }
+    EXPECT_EQ(interop.reads(), interop.expected_reads());
 }
 
 void check_cache(const random_interop& interop) {
@@ -144,28 +157,19 @@ void check_cache(const random_interop& interop) {
     }
 }
 
-std::uint64_t number_from(const char* variable, std::uint64_t otherwise) {
-    const char* const text = std::getenv(variable);
-    return text == nullptr ? otherwise : std::stoull(text);
-}
-
 } // namespace
 
 TEST(random_interop, never_crashes_hangs_or_leaks_and_ends_as_predicted) {
-    const auto seed = number_from("QTX_FUZZ_SEED", std::random_device{}());
-    const std::chrono::seconds duration(number_from("QTX_FUZZ_SECONDS", 1));
-    std::mt19937_64 random(seed);
+    const test::fuzz fuzz;
+    std::mt19937_64 random(fuzz.seed);
     const std::array<test::basalt_natives, 2> natives;
     sycl::queue own{sycl::device(sycl::gpu_selector_v)};
-    const auto end = std::chrono::steady_clock::now() + duration;
     std::size_t n = 0;
-    while (std::chrono::steady_clock::now() < end && !HasFailure()) {
+    for (; fuzz.goes_on(); ++n) {
         const random_interop interop(random, natives, own);
-        SCOPED_TRACE("QTX_FUZZ_SEED=" + std::to_string(seed) + ", object " + std::to_string(n) + ": " +
-                     interop.words());
+        SCOPED_TRACE(fuzz.text() + ", object " + std::to_string(n) + ": " + interop.words());
         check_lookup(interop);
         check_cache(interop);
-        ++n;
     }
-    std::printf("%zu interop objects, seed %llu\n", n, static_cast<unsigned long long>(seed));
+    std::printf("%zu interop objects, %s\n", n, fuzz.text().c_str());
 }

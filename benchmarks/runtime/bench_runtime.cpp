@@ -1,17 +1,17 @@
 // What a hit of the context cache costs beside the same look-up under std::shared_mutex, and what a whole
 // queue lookup costs by branch. Both sides of a ratio run in turns; figures are medians.
+#include "../sandwich.hpp"
+
 #include "natives.hpp"
 #include "opencl_natives.hpp"
 #include "threads.hpp"
 
 #include <offload/queue_lookup.hpp>
-#include <runtime/qtx_cl_init.hpp>
 #include <runtime/qtx_sycl_context_cache.hpp>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <functional>
+#include <cstdlib>
 #include <mutex>
 #include <shared_mutex>
 #include <unordered_map>
@@ -20,6 +20,8 @@ namespace {
 
 using namespace aurelo::qtx::gpu;
 using aurelo::qtx::stats::detail::openmp::qtx_tb_omp_get_openmp_queue;
+
+using bench::median;
 
 constexpr int n_rounds = 25;
 
@@ -43,19 +45,13 @@ private:
 template <typename Call>
 double nanoseconds_per_call(std::size_t n_threads, std::size_t n_calls, const Call& call) {
     const auto each = test::on_threads(n_threads, [&](std::size_t) {
-        const auto start = std::chrono::steady_clock::now();
-        for (std::size_t i = 0; i < n_calls; ++i) {
-            call();
-        }
-        return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
+        return bench::seconds([&] {
+            for (std::size_t i = 0; i < n_calls; ++i) {
+                call();
+            }
+        });
     });
-    return *std::max_element(each.begin(), each.end()) / static_cast<double>(n_calls);
-}
-
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+    return 1e9 * *std::max_element(each.begin(), each.end()) / static_cast<double>(n_calls);
 }
 
 void compare_hits(const test::basalt_natives& natives) {
@@ -106,7 +102,6 @@ int main() {
     if (opencl.queue == nullptr) {
         std::printf("queue lookup, OpenCL:  no device here\n");
     } else {
-        time_lookup("OpenCL:", test::interop_object(omptarget_interop_create_opencl(
-                                   opencl.device, opencl.context, opencl.queue)));
+        time_lookup("OpenCL:", test::interop_of(opencl));
     }
 }
