@@ -48,9 +48,9 @@ command::command(std::shared_ptr<queue_impl> queue)
     : queue_(std::move(queue)), origin_(queue_), internal_(queue_ == nullptr),
       backend_(queue_ == nullptr ? sycl::backend::host : queue_->device()->get_backend()) {}
 
-void command::set_host_task(std::shared_ptr<host_task_box> task) {
+void command::set_host_task(std::unique_ptr<host_task_box> task) {
     host_task_ = task.get();
-    keep(std::move(task));
+    kept_host_task_ = std::move(task);
     set_action([](const std::shared_ptr<command>& self) {
         try {
             offer_to_host_threads(self);
@@ -66,6 +66,7 @@ void command::submit(const std::vector<std::shared_ptr<command>>& needed,
                      const std::vector<std::shared_ptr<command>>& earlier,
                      const std::vector<requirement>& requirements, const memory_space& space) {
     const auto self = shared_from_this();
+    bool ready = false;
     {
         const movers_to_start movers;
         const std::lock_guard guard(graph_lock());
@@ -79,11 +80,14 @@ void command::submit(const std::vector<std::shared_ptr<command>>& needed,
             use.buffer->order(use, space, self, movers.list);
         }
         prepare_native_events();
+        ready = !handed_over_ && --unmet_ == 0;
     }
     if (handed_over_) {
         start(); // the graph goes on with this command only when the back end has it
+        release();
+    } else if (ready) {
+        proceed();
     }
-    release();
 }
 
 /// Drops the one unmet dependency that every command begins with.
@@ -198,6 +202,7 @@ void command::finish(const std::exception_ptr& error) {
         queue_->report(error);
     }
     action_ = nullptr;
+    kept_host_task_ = nullptr;
     resources_.clear();
     const auto [ready, signals] = complete_and_release(error);
     // Outside the lock of the graph: a driver may call back from here.

@@ -43,7 +43,7 @@ public:
         native_action_ = native;
     }
     /// \p task, which the command keeps, runs on a thread of the runtime, or on one that waits for the command.
-    void set_host_task(std::shared_ptr<host_task_box> task);
+    void set_host_task(std::unique_ptr<host_task_box> task);
     bool has_action() const { return action_ != nullptr; }
     /// Keeps \p resource alive until the command has run.
     void keep(std::shared_ptr<void> resource) { resources_.push_back(std::move(resource)); }
@@ -78,6 +78,9 @@ public:
 
     /// The commands of users that this one waits for directly, without those that have completed.
     std::vector<std::shared_ptr<command>> waiting_for();
+
+    /// Where its queue has it among the commands in flight. Guarded by the queue's lock.
+    std::size_t place_in_flight = 0;
 
     /// With the graph lock held: this command starts only after \p other is over.
     void order_after(const std::shared_ptr<command>& other);
@@ -118,7 +121,8 @@ private:
     const sycl::backend backend_;
     action action_;
     bool native_action_ = false;
-    host_task_box* host_task_ = nullptr; ///< among the resources
+    host_task_box* host_task_ = nullptr; ///< stays when the host task has gone, so that others may ask for it
+    std::unique_ptr<host_task_box> kept_host_task_;
     std::atomic<bool> host_task_begun_{false};
     std::vector<std::shared_ptr<void>> resources_;
     std::vector<std::shared_ptr<backend_event>> wait_list_;

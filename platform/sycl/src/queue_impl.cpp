@@ -63,11 +63,12 @@ std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>&
 
 std::shared_ptr<command> queue_impl::enqueue(const std::shared_ptr<command>& next) {
     const std::lock_guard guard(lock_);
-    in_flight_.insert(next);
+    next->place_in_flight = in_flight_.size();
+    in_flight_.push_back(next);
     try {
         errors_.reserve(errors_.size() + in_flight_.size());
     } catch (...) {
-        in_flight_.erase(next);
+        remove(*next);
         throw;
     }
     return in_order_ ? std::exchange(last_, next) : nullptr;
@@ -75,17 +76,25 @@ std::shared_ptr<command> queue_impl::enqueue(const std::shared_ptr<command>& nex
 
 void queue_impl::forget(const std::shared_ptr<command>& finished) {
     const std::lock_guard guard(lock_);
-    in_flight_.erase(finished);
+    remove(*finished);
     if (last_ == finished) {
         last_ = nullptr;
     }
+}
+
+/// The last one in flight takes its place.
+void queue_impl::remove(const command& finished) {
+    const std::size_t place = finished.place_in_flight;
+    std::swap(in_flight_[place], in_flight_.back());
+    in_flight_[place]->place_in_flight = place;
+    in_flight_.pop_back();
 }
 
 void queue_impl::wait() {
     std::vector<std::shared_ptr<command>> pending;
     {
         const std::lock_guard guard(lock_);
-        pending.assign(in_flight_.begin(), in_flight_.end());
+        pending = in_flight_;
     }
     for (const auto& each : pending) {
         each->wait();

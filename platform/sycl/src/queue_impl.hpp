@@ -9,7 +9,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <unordered_set>
 #include <vector>
 
 namespace sycl::detail {
@@ -37,6 +36,7 @@ public:
     void forget(const std::shared_ptr<command>& finished);
 
 private:
+    void remove(const command& finished);
     /// Counts the command as in flight and returns the one that an in-order queue runs before it.
     std::shared_ptr<command> enqueue(const std::shared_ptr<command>& next);
 
@@ -48,7 +48,7 @@ private:
 
     std::mutex lock_;
     std::mutex order_; ///< held over a submission to an in-order queue, so that its commands form one chain
-    std::unordered_set<std::shared_ptr<command>> in_flight_;
+    std::vector<std::shared_ptr<command>> in_flight_;
     std::shared_ptr<command> last_;
     std::vector<std::exception_ptr> errors_;
 };
