@@ -57,7 +57,7 @@ void* _bs_context_handle_t::allocate(bs_device_handle_t device, bs_memory_type_t
     alignment = alignment == 0 ? default_alignment : alignment;
     if (basalt::small_memory::takes(bytes, alignment)) {
         const std::lock_guard lock(mutex_);
-        return small_.allocate(device, type, bytes);
+        return small_.take(device, type, bytes);
     }
     std::unique_ptr<void, decltype(&std::free)> memory(allocate_exactly(bytes, alignment), &std::free);
     const std::lock_guard lock(mutex_);
@@ -71,7 +71,7 @@ void _bs_context_handle_t::free(void* memory) {
     }
     {
         const std::lock_guard lock(mutex_);
-        if (small_.free(memory)) {
+        if (small_.give_back(memory)) {
             return;
         }
         if (large_.erase(address(memory)) == 0) {

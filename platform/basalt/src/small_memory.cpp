@@ -28,7 +28,7 @@ bool small_memory::takes([[maybe_unused]] std::size_t bytes, [[maybe_unused]] st
 #endif
 }
 
-void* small_memory::allocate(bs_device_handle_t device, bs_memory_type_t type, std::size_t bytes) {
+void* small_memory::take(bs_device_handle_t device, bs_memory_type_t type, std::size_t bytes) {
     if (free_.empty()) {
         add_slab();
     }
@@ -38,7 +38,7 @@ void* small_memory::allocate(bs_device_handle_t device, bs_memory_type_t type, s
     return slot.base;
 }
 
-bool small_memory::free(void* memory) {
+bool small_memory::give_back(void* memory) {
     allocation* const slot = slot_of(memory);
     if (slot == nullptr || slot->base != memory || slot->type == BS_MEMORY_UNKNOWN) {
         return false;

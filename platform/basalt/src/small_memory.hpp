@@ -25,9 +25,9 @@ public:
     /// only where the array is an allocation of its own.
     static bool takes(std::size_t bytes, std::size_t alignment);
 
-    void* allocate(bs_device_handle_t device, bs_memory_type_t type, std::size_t bytes);
+    void* take(bs_device_handle_t device, bs_memory_type_t type, std::size_t bytes);
     /// Whether \p memory was the start of a slot in use; it is free now.
-    bool free(void* memory);
+    bool give_back(void* memory);
     /// The allocation that holds \p memory, or null.
     const allocation* find(const void* memory) const;
     std::size_t in_use() const { return slabs_.size() * slots_per_slab - free_.size(); }

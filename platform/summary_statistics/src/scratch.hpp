@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
 
 namespace tsb {
@@ -12,15 +13,9 @@ namespace tsb {
 template <std::int64_t stack_doubles>
 class scratch {
 public:
-    explicit scratch(std::int64_t size) {
-        if (size <= stack_doubles) {
-            memory_ = local_;
-        } else {
-            heap_ = memory_ = static_cast<double*>(::operator new (
-                static_cast<std::size_t>(size) * sizeof(double), std::align_val_t{64}, std::nothrow));
-        }
-    }
-    ~scratch() { ::operator delete (heap_, std::align_val_t{64}); }
+    explicit scratch(std::int64_t size)
+        : heap_(size <= stack_doubles ? nullptr : allocate(size)),
+          memory_(size <= stack_doubles ? local_ : heap_.get()) {}
     scratch(const scratch&) = delete;
     scratch& operator=(const scratch&) = delete;
 
@@ -28,9 +23,20 @@ public:
     double* get() const { return memory_; }
 
 private:
+    static constexpr std::align_val_t alignment{64};
+
+    struct release {
+        void operator()(double* memory) const { ::operator delete(memory, alignment); }
+    };
+
+    static double* allocate(std::int64_t size) {
+        return static_cast<double*>(
+            ::operator new(static_cast<std::size_t>(size) * sizeof(double), alignment, std::nothrow));
+    }
+
     alignas(64) double local_[stack_doubles];
+    std::unique_ptr<double, release> heap_;
     double* memory_;
-    double* heap_ = nullptr;
 };
 
 } // namespace tsb
