@@ -45,22 +45,21 @@ TEST(devices, descriptions_are_completed) {
 }
 
 TEST(devices, values_out_of_range_are_refused_by_name_and_value) {
-    const auto refused = [](auto change) {
+    const std::pair<void (*)(bs_device_desc_t&), const char*> cases[] = {
+        {[](auto& d) { d.max_work_group_size = 0; }, "max_work_group_size is 0"},
+        {[](auto& d) { d.max_work_group_size = 4097; }, "is 4097, it must be from 1 to 4096"},
+        {[](auto& d) { std::memset(&d.type, 7, 1); }, "device type is 7"},
+        {[](auto& d) { d.n_threads = 100000; }, "n_threads is 100000"},
+        {[](auto& d) { d.fp64 = 2; }, "fp64 is 2"},
+        {[](auto& d) { std::memset(d.name, 'x', sizeof(d.name)); }, "terminating zero"}};
+    for (const auto& [change, words] : cases) {
         bs_device_desc_t desc = desc_with(4, 1);
         change(desc);
         bs_device_handle_t device = nullptr;
         EXPECT_EQ(bs_device_add(platform(), &desc, &device), BS_ERROR_INVALID_ARGUMENT);
         EXPECT_EQ(device, nullptr);
-        return std::string(bs_last_error());
-    };
-    EXPECT_THAT(refused([](auto& d) { d.max_work_group_size = 0; }), HasSubstr("max_work_group_size is 0"));
-    EXPECT_THAT(refused([](auto& d) { d.max_work_group_size = 4097; }),
-                HasSubstr("is 4097, it must be from 1 to 4096"));
-    EXPECT_THAT(refused([](auto& d) { std::memset(&d.type, 7, 1); }), HasSubstr("device type is 7"));
-    EXPECT_THAT(refused([](auto& d) { d.n_threads = 100000; }), HasSubstr("n_threads is 100000"));
-    EXPECT_THAT(refused([](auto& d) { d.fp64 = 2; }), HasSubstr("fp64 is 2"));
-    EXPECT_THAT(refused([](auto& d) { std::memset(d.name, 'x', sizeof(d.name)); }),
-                HasSubstr("terminating zero"));
+        EXPECT_THAT(bs_last_error(), HasSubstr(words));
+    }
 }
 
 TEST(limits, launches_above_them_are_refused_at_submission) {
