@@ -14,6 +14,8 @@
 
 namespace fixture {
 
+using oracle::quad;
+
 template <class T>
 struct api;
 
@@ -71,15 +73,13 @@ struct matrix {
     bool includes(std::int64_t d) const { return mask.empty() || mask[static_cast<std::size_t>(d)] != 0; }
 
     oracle::estimates exact(std::int64_t d, const double* user_mean = nullptr) const {
-        oracle::element weight;
-        if (!weights.empty()) {
-            weight = [this](std::int64_t i) {
-                return static_cast<double>(weights[static_cast<std::size_t>(i)]);
-            };
-        }
-        return oracle::compute(
-            observations, [this, d](std::int64_t i) { return static_cast<double>(data[index(d, i)]); },
-            weight, user_mean);
+        const quad about = user_mean ? *user_mean : 0;
+        const auto value = [&](std::size_t i) { return data[index(d, static_cast<std::int64_t>(i))]; };
+        const auto weight = [&](std::size_t i) {
+            return weights.empty() || !(weights[i] > 0) ? T(1) : weights[i];
+        };
+        const auto n = static_cast<std::size_t>(observations);
+        return oracle::estimates_of({n, value, weight, user_mean ? &about : nullptr}, user_mean);
     }
 };
 
