@@ -54,6 +54,8 @@ std::vector<estimate<T, Oracle>> estimates() {
     QTX_ADD(1, kurtosis, kurtosis());
     if constexpr (fast) {
         QTX_ADD(2, min_max, extreme(k));
+        QTX_ADD(1, min, extreme(0));
+        QTX_ADD(1, max, extreme(1));
     }
 #undef QTX_ADD
     return all;
