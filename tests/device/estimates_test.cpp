@@ -4,6 +4,8 @@
 #include "support/special_values.hpp"
 
 #include <cmath>
+#include <limits>
+#include <tuple>
 
 namespace {
 
@@ -66,6 +68,43 @@ TEST_P(estimates, double_within_the_error_of_their_formulas) {
 
 TEST_P(estimates, special_values_and_worked_examples) {
     test::expect_special_values(queue);
+}
+
+TEST_P(estimates, extremes_in_any_place_of_rows_of_one_sign_with_infinities_and_nan) {
+    constexpr float most = std::numeric_limits<float>::max();
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    const std::size_t n = 2 * wg() + 1;
+    const std::tuple<float, float, float, float> cases[] = {
+        // all elements but one, that one, minimum, maximum
+        {-1, -2, -2, -1},
+        {1, 2, 1, 2},
+        {-7.5F, -7.5F, -7.5F, -7.5F},
+        {-1, 0, -1, 0},
+        {-most, -most, -most, -most},
+        {infinity, infinity, most, infinity},
+        {-infinity, -infinity, -infinity, -most},
+        {std::nanf(""), std::nanf(""), most, -most},
+        {std::nanf(""), 3, 3, 3},
+    };
+    for (const std::size_t place : {std::size_t{0}, wg() - 1, wg(), n - 1}) {
+        test::host_dataset<float> data{std::size(cases), n, {}, {}, {}, {}};
+        std::vector<float> lowest;
+        std::vector<float> highest;
+        for (const auto& [all, one, low, high] : cases) {
+            data.values.insert(data.values.end(), n, all);
+            data.values[data.values.size() - n + place] = one;
+            lowest.push_back(low);
+            highest.push_back(high);
+        }
+        for (const auto& how : test::arrangements) {
+            SCOPED_TRACE(how.text() + ", place " + std::to_string(place));
+            using result = std::vector<float>;
+            const auto both = test::run<float, 2>(queue, how, data, {true, true}, test::call::min_max);
+            EXPECT_EQ(both, (std::array<result, 2>{lowest, highest}));
+            EXPECT_EQ((test::run<float, 1>(queue, how, data, {true}, test::call::min)[0]), lowest);
+            EXPECT_EQ((test::run<float, 1>(queue, how, data, {true}, test::call::max)[0]), highest);
+        }
+    }
 }
 
 TEST_P(estimates, a_nan_stays_in_its_dimension) {

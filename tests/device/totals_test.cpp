@@ -49,14 +49,15 @@ void expect_present(sycl::queue& queue, const test::recipe& recipe, const std::a
     }
 }
 
-/// One single step and plans of one, two and more passes behind the first.
+/// Row counts on the edges of plans: single steps, tails, full groups, intermediate passes, five passes deep.
 std::vector<std::size_t> plans(std::size_t wg) {
-    std::vector<std::size_t> counts{1, wg - 1, wg, wg + 1, 2 * wg};
+    std::vector<std::size_t> counts{1, wg - 1, wg, wg + 1, 2 * wg, 2 * wg + wg / 2};
     if (wg <= 96) {
         counts.insert(counts.end(), {wg * wg, wg * wg + 1});
     }
     if (wg <= 4) {
-        counts.insert(counts.end(), {wg * wg * wg + 1, wg * wg * wg * wg + wg * wg + 1});
+        counts.insert(counts.end(),
+                      {wg * wg * wg * wg + wg * wg + 1, wg * wg * wg * wg * wg, wg * wg * wg * wg * wg + 1});
     }
     return counts;
 }
