@@ -19,27 +19,20 @@ using oracle::quad;
 template <class T>
 struct api;
 
-template <>
-struct api<double> {
-    static constexpr auto make = tsbdSSNewTask_64;
-    static constexpr auto make_32 = tsbdSSNewTask;
-    static constexpr auto edit = tsbdSSEditTask;
-    static constexpr auto moments = tsbdSSEditMoments;
-    static constexpr auto sums = tsbdSSEditSums;
-    static constexpr auto compute = tsbdSSCompute;
-    static constexpr const char* name = "double";
-};
-
-template <>
-struct api<float> {
-    static constexpr auto make = tsbsSSNewTask_64;
-    static constexpr auto make_32 = tsbsSSNewTask;
-    static constexpr auto edit = tsbsSSEditTask;
-    static constexpr auto moments = tsbsSSEditMoments;
-    static constexpr auto sums = tsbsSSEditSums;
-    static constexpr auto compute = tsbsSSCompute;
-    static constexpr const char* name = "float";
-};
+#define FIXTURE_API(T, PREFIX)                                                                               \
+    template <>                                                                                              \
+    struct api<T> {                                                                                          \
+        static constexpr auto make = PREFIX##NewTask_64;                                                     \
+        static constexpr auto make_32 = PREFIX##NewTask;                                                     \
+        static constexpr auto edit = PREFIX##EditTask;                                                       \
+        static constexpr auto moments = PREFIX##EditMoments;                                                 \
+        static constexpr auto sums = PREFIX##EditSums;                                                       \
+        static constexpr auto compute = PREFIX##Compute;                                                     \
+        static constexpr const char* name = #T;                                                              \
+    }
+FIXTURE_API(double, tsbdSS);
+FIXTURE_API(float, tsbsSS);
+#undef FIXTURE_API
 
 /// Mask bit of each result, in slot order.
 inline constexpr std::array<std::uint64_t, oracle::n_results> bits = {
@@ -115,13 +108,13 @@ struct results {
     }
 };
 
-/// Runs one compute; registers only the arrays that the mask names (and the caller's mean).
+/// Runs one compute; registers only the arrays that the mask names (and the caller's mean). The data may be elsewhere.
 template <class T>
 results<T> run(const matrix<T>& m, std::uint64_t estimates, std::int32_t method = TSB_SS_METHOD_FAST,
-               const std::vector<T>* user_mean = nullptr) {
+               const std::vector<T>* user_mean = nullptr, const T* data = nullptr) {
     results<T> r(m.dims);
     void* task = nullptr;
-    EXPECT_EQ(api<T>::make(&task, &m.dims, &m.observations, &m.storage, m.data.data(),
+    EXPECT_EQ(api<T>::make(&task, &m.dims, &m.observations, &m.storage, data ? data : m.data.data(),
                            m.weights.empty() ? nullptr : m.weights.data(),
                            m.mask.empty() ? nullptr : m.mask.data()),
               TSB_SS_OK);

@@ -171,18 +171,4 @@ TEST(huge_values, overflow_in_the_powers_that_overflow_and_nowhere_else) {
     }
 }
 
-TEST(user_mean, is_the_only_center_and_is_left_alone) {
-    const std::vector<double> about{1.0};
-    const auto r = run(column<double>({1, 2, 4}), about_user_mean, TSB_SS_METHOD_USER_MEAN, &about);
-    EXPECT_EQ(r(mean), 1.0);
-    EXPECT_EQ(r(central_sum2), 10);
-    EXPECT_EQ(r(central_sum3), 28);
-    EXPECT_EQ(r(central_sum4), 82);
-    EXPECT_EQ(r(central2), 5);
-    EXPECT_EQ(r(variation), std::sqrt(5.0));
-    const std::vector<double> lost{nan};
-    EXPECT_THAT(run(column<double>({1, 2}), TSB_SS_EST_CENTRAL2, TSB_SS_METHOD_USER_MEAN, &lost)(central2),
-                IsNan());
-}
-
 } // namespace

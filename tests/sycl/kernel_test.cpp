@@ -138,15 +138,3 @@ TEST_P(kernels, strided_copies_gather_and_scatter) {
     }
     EXPECT_EQ(matrix, (std::vector<int>{1, 1, 2, 4, 4, 5, 7, 7, 8, 10, 10, 11}));
 }
-
-struct named_kernel;
-struct by_name {
-    int* target;
-    void operator()(sycl::nd_item<1>) const { *target = 3; }
-};
-
-TEST_P(kernels, may_be_named_by_a_type_that_is_only_declared) {
-    int value = 0;
-    queue.parallel_for<named_kernel>(sycl::nd_range<1>(1, 1), by_name{&value}).wait();
-    EXPECT_EQ(value, 3);
-}
