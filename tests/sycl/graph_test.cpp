@@ -80,6 +80,16 @@ TEST_P(graph, an_empty_command_group_completes_after_its_dependencies) {
     EXPECT_EQ(empty.get_backend(), queue.get_backend());
 }
 
+// The waiting thread and the pool take the tasks from each other; each runs once.
+TEST_P(graph, the_wait_of_a_queue_covers_everything_in_flight) {
+    std::atomic<int> count{0};
+    for (int i = 0; i < 2000; ++i) {
+        in_host_task(queue, [&] { ++count; });
+    }
+    queue.wait();
+    EXPECT_EQ(count, 2000);
+}
+
 TEST(events, a_default_event_is_complete) {
     sycl::event nothing;
     nothing.wait_and_throw();
