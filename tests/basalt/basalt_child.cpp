@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <map>
 #include <thread>
 
 namespace {
@@ -40,15 +42,12 @@ int exchange(bool with_barrier) {
     const queue q(device_with_threads(1));
     const auto body = [with_barrier](const bs_work_item_t& item, void* memory) {
         auto* const local = static_cast<int*>(memory);
+        const auto meet = [&] { with_barrier ? bs_group_barrier(&item) : void(); };
         for (int round = 0; round < 3; ++round) {
             local[item.local_id] = round;
-            if (with_barrier) {
-                bs_group_barrier(&item);
-            }
+            meet();
             const int read = local[(item.local_id + 1) % item.local_size];
-            if (with_barrier) {
-                bs_group_barrier(&item);
-            }
+            meet();
             if (read < 0) {
                 throw std::runtime_error("negative");
             }
@@ -141,24 +140,14 @@ int use_late() {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::string mode = argc > 1 ? argv[1] : "";
-    if (mode == "devices") {
-        return print_devices();
-    }
-    if (mode == "exchange" || mode == "race") {
-        return exchange(mode == "exchange");
-    }
-    if (mode == "overrun") {
-        return overrun();
-    }
-    if (mode == "overflow") {
-        return overflow();
-    }
-    if (mode == "exit_in_flight") {
-        return exit_in_flight();
-    }
-    if (mode == "use_late") {
-        return use_late();
-    }
-    return mode == "unused" ? static_cast<int>(std::strlen(bs_last_error())) : 2;
+    const std::map<std::string, std::function<int()>> modes{
+        {"devices", print_devices},
+        {"exchange", [] { return exchange(true); }},
+        {"race", [] { return exchange(false); }},
+        {"overrun", overrun},
+        {"overflow", overflow},
+        {"exit_in_flight", exit_in_flight},
+        {"use_late", use_late},
+        {"unused", [] { return static_cast<int>(std::strlen(bs_last_error())); }}};
+    return argc > 1 ? modes.at(argv[1])() : 2;
 }

@@ -1,6 +1,8 @@
 // Work-groups that meet: results of collectives over local sizes, groups and worker threads.
 #include "driver_fixture.hpp"
 
+#include <gmock/gmock.h>
+
 #include <atomic>
 #include <cstring>
 #include <numeric>
@@ -10,93 +12,82 @@ namespace {
 
 using namespace basalt_test;
 
-std::size_t device_limit(bs_device_handle_t device) {
-    bs_device_desc_t desc;
-    check(bs_device_get_desc(device, &desc));
-    return desc.max_work_group_size;
-}
-
 class collectives : public testing::TestWithParam<std::tuple<std::size_t, std::uint32_t>> {
 protected:
     void SetUp() override {
-        if (local_size > device_limit(queue_.device())) {
+        bs_device_desc_t desc;
+        check(bs_device_get_desc(queue_.device(), &desc));
+        if (local_size > desc.max_work_group_size) {
             GTEST_SKIP() << "local size above the limit of this build";
         }
     }
+
+    /// `right(item, local memory)` holds for every work-item; each runs once and knows itself.
+    template <typename Right>
+    void expect_of_every_item(std::size_t local_bytes, const Right& right) {
+        std::vector<std::atomic<int>> runs(n_groups * local_size);
+        std::atomic<int> wrong = 0;
+        const auto body = [&](const bs_work_item_t& item, void* memory) {
+            ++runs.at(item.group_id * local_size + item.local_id);
+            wrong += !right(item, memory) || item.local_size != local_size || item.n_groups != n_groups;
+        };
+        const kernel k(n_groups, local_size, body, local_bytes);
+        ASSERT_EQ(queue_.run(k), BS_SUCCESS) << bs_last_error();
+        EXPECT_EQ(wrong, 0);
+        EXPECT_THAT(std::vector<int>(runs.begin(), runs.end()), testing::Each(1));
+    }
+
     const std::size_t local_size = std::get<0>(GetParam());
     const std::size_t n_groups = 2000 / local_size + 37;
     const queue queue_{device_with_threads(std::get<1>(GetParam()))};
 };
 
-TEST_P(collectives, every_work_item_runs_once_and_knows_itself) {
-    std::vector<std::atomic<int>> runs(n_groups * local_size);
-    const kernel k(n_groups, local_size, [&](const bs_work_item_t& item, void*) {
-        ASSERT_EQ(item.local_size, local_size);
-        ASSERT_EQ(item.n_groups, n_groups);
-        ++runs[item.group_id * local_size + item.local_id];
-    });
-    ASSERT_EQ(queue_.run(k), BS_SUCCESS) << bs_last_error();
-    for (std::size_t i = 0; i < runs.size(); ++i) {
-        ASSERT_EQ(runs[i], 1) << "work-item " << i;
-    }
-}
-
 TEST_P(collectives, barriers_order_local_memory) {
-    std::vector<int> wrong(n_groups * local_size);
-    const auto body = [&](const bs_work_item_t& item, void* memory) {
+    expect_of_every_item(local_size * sizeof(std::size_t), [&](const bs_work_item_t& item, void* memory) {
         auto* const local = static_cast<std::size_t*>(memory);
-        const std::size_t id = item.local_id;
-        const std::size_t other = (id * 7 + 3) % local_size;
+        const std::size_t other = (item.local_id * 7 + 3) % local_size;
+        bool right = true;
         for (std::size_t round = 0; round < 5; ++round) {
-            local[id] = id * 100 + round + item.group_id;
+            local[item.local_id] = item.local_id * 100 + round + item.group_id;
             bs_group_barrier(&item);
-            wrong[item.group_id * local_size + id] += local[other] != other * 100 + round + item.group_id;
+            right &= local[other] == other * 100 + round + item.group_id;
             bs_group_barrier(&item);
         }
-    };
-    const kernel k(n_groups, local_size, body, local_size * sizeof(std::size_t));
-    ASSERT_EQ(queue_.run(k), BS_SUCCESS) << bs_last_error();
-    EXPECT_EQ(std::accumulate(wrong.begin(), wrong.end(), 0), 0);
+        return right;
+    });
 }
 
 TEST_P(collectives, every_work_item_gets_the_result_of_a_combine) {
-    std::vector<int> wrong(n_groups * local_size);
-    const kernel k(n_groups, local_size, [&](const bs_work_item_t& item, void*) {
+    expect_of_every_item(0, [&](const bs_work_item_t& item, void*) {
         const double n = static_cast<double>(local_size);
+        bool right = true;
         for (int round = 0; round < 3; ++round) {
             const double mine = static_cast<double>(item.local_id + item.group_id) * round;
-            const double expected = (n * (n - 1) / 2 + n * static_cast<double>(item.group_id)) * round;
-            wrong[item.group_id * local_size + item.local_id] += group_sum(item, mine) != expected;
+            right &=
+                group_sum(item, mine) == (n * (n - 1) / 2 + n * static_cast<double>(item.group_id)) * round;
         }
+        return right;
     });
-    ASSERT_EQ(queue_.run(k), BS_SUCCESS) << bs_last_error();
-    EXPECT_EQ(std::accumulate(wrong.begin(), wrong.end(), 0), 0);
 }
 
 TEST_P(collectives, copies_fetch_tiles) {
-    std::vector<int> source(n_groups * local_size * 2);
+    std::vector<std::size_t> source(n_groups * local_size * 2);
     std::iota(source.begin(), source.end(), 0);
-    std::vector<int> target(source.size(), -1);
-    const auto body = [&](const bs_work_item_t& item, void* memory) {
-        auto* const local = static_cast<int*>(memory);
+    expect_of_every_item(local_size * sizeof(std::size_t), [&](const bs_work_item_t& item, void* memory) {
+        auto* const local = static_cast<std::size_t*>(memory);
         const std::size_t first = item.group_id * local_size * 2;
+        const std::size_t mirrored = local_size - 1 - item.local_id;
+        bool right = true;
         for (std::size_t half = 0; half < 2; ++half) {
-            const std::uint64_t number =
-                bs_group_copy(&item, local, source.data() + first + half, sizeof(int), local_size, 1, 2);
-            ASSERT_EQ(number, half);
+            const std::uint64_t number = bs_group_copy(&item, local, source.data() + first + half,
+                                                       sizeof(std::size_t), local_size, 1, 2);
             bs_group_wait_copy(&item, number);
             bs_group_barrier(&item);
-            target[first + 2 * item.local_id + half] = local[local_size - 1 - item.local_id];
+            right &= number == half && local[mirrored] == first + 2 * mirrored + half;
             bs_group_barrier(&item);
         }
-    };
-    const kernel k(n_groups, local_size, body, local_size * sizeof(int));
-    ASSERT_EQ(queue_.run(k), BS_SUCCESS) << bs_last_error();
-    for (std::size_t i = 0; i < target.size(); ++i) {
-        const std::size_t tile = local_size * 2;
-        const std::size_t mirrored = i / tile * tile + (tile - 2 - i % tile / 2 * 2) + i % 2;
-        ASSERT_EQ(target[i], static_cast<int>(mirrored)) << i;
-    }
+        return right;
+    });
 }
 
 INSTANTIATE_TEST_SUITE_P(sizes_and_threads, collectives,

@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -76,13 +78,21 @@ public:
         : body_(std::move(f)) {
         kernel_.name = name;
         kernel_.run_item = [](void* i, const bs_work_item_t* item) {
-            auto* made = static_cast<instance*>(i);
-            made->owner->body_(*item, made->local);
+            auto* const self = static_cast<instance*>(i);
+            self->owner->body_(*item, self->local);
         };
         kernel_.make_instance = [](void* argument, void* local) -> void* {
-            return new instance{static_cast<kernel*>(argument), local};
+            auto* const owner = static_cast<kernel*>(argument);
+            if (owner->refuses_instances) {
+                throw std::runtime_error("no more instances");
+            }
+            ++owner->made;
+            return new instance{owner, local};
         };
-        kernel_.drop_instance = [](void* i) { delete static_cast<instance*>(i); };
+        kernel_.drop_instance = [](void* i) {
+            ++static_cast<instance*>(i)->owner->dropped;
+            delete static_cast<instance*>(i);
+        };
         kernel_.argument = this;
         kernel_.n_groups = n_groups;
         kernel_.local_size = local_size;
@@ -91,7 +101,10 @@ public:
     kernel(const kernel&) = delete;
     kernel& operator=(const kernel&) = delete;
     const bs_kernel_t* get() const { return &kernel_; }
-    bs_kernel_t& raw() { return kernel_; }
+
+    std::atomic<int> made{0};
+    std::atomic<int> dropped{0};
+    bool refuses_instances = false;
 
 private:
     struct instance {

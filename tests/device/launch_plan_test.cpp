@@ -9,34 +9,25 @@ using aurelo::qtx::stats::detail::gpu::launch_pass;
 using aurelo::qtx::stats::detail::gpu::launch_plan;
 using passes = std::vector<launch_pass>;
 
-TEST(launch_plan, two_passes_after_the_first_for_five_million_observations) {
-    const launch_plan plan(5'000'000, 1024);
-    EXPECT_EQ(plan.passes(),
-              (passes{{1024, 4883, 832, 5'000'000, false}, {1024, 5, 787, 4883, false}, {5, 1, 0, 5, true}}));
-    EXPECT_EQ(plan.first_row(), 4883u);
-    EXPECT_EQ(plan.second_row(), 5u);
-}
-
-TEST(launch_plan, single_step_up_to_the_limit) {
-    EXPECT_EQ(launch_plan(1, 1024).passes(), (passes{{1, 1, 0, 1, true}}));
-    EXPECT_EQ(launch_plan(1, 1).passes(), (passes{{1, 1, 0, 1, true}}));
-    EXPECT_EQ(launch_plan(1000, 1024).passes(), (passes{{1000, 1, 0, 1000, true}}));
-    EXPECT_EQ(launch_plan(96, 96).passes(), (passes{{96, 1, 0, 96, true}}));
-    EXPECT_TRUE(launch_plan(96, 96).is_single_step());
-}
-
-TEST(launch_plan, two_groups_with_tail_of_one) {
-    EXPECT_EQ(launch_plan(97, 96).passes(), (passes{{96, 2, 1, 97, false}, {2, 1, 0, 2, true}}));
-}
-
-TEST(launch_plan, as_many_groups_as_a_group_has_work_items) {
-    EXPECT_EQ(launch_plan(16, 4).passes(), (passes{{4, 4, 0, 16, false}, {4, 1, 0, 4, true}}));
+TEST(launch_plan, worked_examples) {
+    const std::tuple<std::uint64_t, std::uint64_t, passes> cases[] = {
+        {1, 1, {{1, 1, 0, 1, true}}},
+        {1, 1024, {{1, 1, 0, 1, true}}},
+        {96, 96, {{96, 1, 0, 96, true}}},
+        {97, 96, {{96, 2, 1, 97, false}, {2, 1, 0, 2, true}}},
+        {16, 4, {{4, 4, 0, 16, false}, {4, 1, 0, 4, true}}},
+        {17, 4, {{4, 5, 1, 17, false}, {4, 2, 1, 5, false}, {2, 1, 0, 2, true}}},
+        {5'000'000,
+         1024,
+         {{1024, 4883, 832, 5'000'000, false}, {1024, 5, 787, 4883, false}, {5, 1, 0, 5, true}}}};
+    for (const auto& [n, wg, expected] : cases) {
+        const launch_plan plan(n, wg);
+        EXPECT_EQ(plan.passes(), expected) << n << " observations by " << wg;
+        EXPECT_EQ(plan.is_single_step(), expected.size() == 1);
+    }
+    EXPECT_EQ(launch_plan(5'000'000, 1024).first_row(), 4883u);
+    EXPECT_EQ(launch_plan(5'000'000, 1024).second_row(), 5u);
     EXPECT_EQ(launch_plan(16, 4).second_row(), 0u);
-}
-
-TEST(launch_plan, one_group_more_takes_an_intermediate_pass) {
-    EXPECT_EQ(launch_plan(17, 4).passes(),
-              (passes{{4, 5, 1, 17, false}, {4, 2, 1, 5, false}, {2, 1, 0, 2, true}}));
 }
 
 TEST(launch_plan, every_pass_covers_the_row_before_it_exactly) {

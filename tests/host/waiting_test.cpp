@@ -13,10 +13,7 @@ using namespace std::chrono_literals;
 namespace stats = aurelo::qtx::stats;
 constexpr auto rows = stats::layout::by_dimension;
 
-bool complete(const sycl::event& event) {
-    return event.get_info<sycl::info::event::command_execution_status>() ==
-           sycl::info::event_command_status::complete;
-}
+using test::complete;
 
 class waiting : public testing::Test {
 protected:

@@ -1,7 +1,6 @@
+#include "support/catalogue.hpp"
 #include "support/devices.hpp"
-#include "support/estimates.hpp"
-#include "support/oracle.hpp"
-#include "support/run.hpp"
+#include "support/optional.hpp"
 
 #include <cstdlib>
 #include <random>
@@ -9,8 +8,6 @@
 // An OpenCL device and a software GPU on the same random data: what both compute may differ by the errors of both.
 
 namespace {
-
-using test::real;
 
 constexpr unsigned n_cases = 6;
 
@@ -35,57 +32,32 @@ struct random_case {
     }
 };
 
+/// Both within the errors of their formulas, and so as far apart as both errors make them at most.
 template <typename T>
-class comparison {
-public:
-    comparison(const sycl::device& a, const sycl::device& b, const random_case& of)
-        : a_(a), b_(b), how_(of.how), data_(test::make<T>(of.recipe)) {
-        for (std::size_t d = 0; d < data_.n_dims; ++d) {
-            exact_of_a_.emplace_back(data_, d, test::limit_of(a));
-            exact_of_b_.emplace_back(data_, d, test::limit_of(b));
-        }
-    }
-
-    /// \p bound answers for an oracle and an order, counted from 0.
-    template <std::size_t n, typename Estimate, typename Bound>
-    void expect_alike(const char* name, const Estimate& estimate, const Bound& bound) {
-        std::array<bool, n> all;
-        all.fill(true);
-        const auto of_a = test::run<T, n>(a_, how_, data_, all, estimate);
-        const auto of_b = test::run<T, n>(b_, how_, data_, all, estimate);
-        for (std::size_t k = 0; k < n; ++k) {
-            for (std::size_t d = 0; d < data_.n_dims; ++d) {
-                const real most = data_.computes(d) ? bound(exact_of_a_[d], static_cast<int>(k)) +
-                                                          bound(exact_of_b_[d], static_cast<int>(k))
-                                                    : real(0);
-                EXPECT_TRUE(test::absolute(real(of_a[k][d]) - of_b[k][d]) <= most)
-                    << name << ", output " << k << ", dimension " << d << ": " << of_a[k][d] << " against "
-                    << of_b[k][d] << ", bound " << static_cast<double>(most);
+void expect_alike(const sycl::device& device, const random_case& of) {
+    SCOPED_TRACE((sizeof(T) == 4 ? "float, " : "double, ") + of.text());
+    const auto data = test::make<T>(of.recipe);
+    for (const auto& each_device : {device, test::gpu_with_limit(1024)}) {
+        sycl::queue queue(each_device);
+        const auto oracles = test::oracles_of(data, test::limit_of(each_device));
+        for (const auto& each : test::estimates<T>()) {
+            if (each.name == "min_max" || each.name.ends_with("_moment")) {
+                test::for_each_result(each, each.run(queue, of.how, data), data, oracles,
+                                      [](auto... result) { EXPECT_TRUE(test::right<T>(result...)); });
             }
         }
     }
-
-private:
-    sycl::queue a_;
-    sycl::queue b_;
-    test::arrangement how_;
-    test::host_dataset<T> data_;
-    std::vector<test::oracle<T>> exact_of_a_;
-    std::vector<test::oracle<T>> exact_of_b_;
-};
-
-template <typename T>
-void compare(const sycl::device& device, const random_case& of) {
-    SCOPED_TRACE((sizeof(T) == 4 ? "float, " : "double, ") + of.text());
-    comparison<T> both(device, test::gpu_with_limit(1024), of);
-    both.template expect_alike<2>("min_max", test::call::min_max, [](const auto&, int) { return real(0); });
-    both.template expect_alike<4>("raw_moment", test::call::raw_moment,
-                                  [](const auto& o, int k) { return o.raw_moment(k + 1).bound; });
-    both.template expect_alike<3>("central_moment", test::call::central_moment,
-                                  [](const auto& o, int k) { return o.central_moment(k + 2).bound; });
 }
 
 } // namespace
+
+// Without a device the suites beside this one have no cases.
+TEST(opencl_gpu, is_there) {
+    if (test::gpus().empty()) {
+        SUPPORT_MISSING("no OpenCL device");
+    }
+    EXPECT_TRUE(test::gpus().front().is_gpu());
+}
 
 TEST(opencl_and_software_gpu, agree_within_the_errors_of_both) {
     for (const auto& device : test::gpus()) {
@@ -93,11 +65,7 @@ TEST(opencl_and_software_gpu, agree_within_the_errors_of_both) {
         const unsigned first = given ? static_cast<unsigned>(std::stoul(given)) : std::random_device{}();
         for (unsigned seed = first; seed != first + n_cases && !HasFailure(); ++seed) {
             const random_case of(seed);
-            if (seed % 2 == 0) {
-                compare<double>(device, of);
-            } else {
-                compare<float>(device, of);
-            }
+            seed % 2 == 0 ? expect_alike<double>(device, of) : expect_alike<float>(device, of);
         }
     }
 }

@@ -1,3 +1,4 @@
+#include "../support/errors.hpp"
 #include "device.hpp"
 #include "kernels.hpp"
 
@@ -61,23 +62,6 @@ std::vector<cl_event> native(const sycl::event& event) {
     return sycl::get_native<sycl::backend::opencl>(event);
 }
 
-/// The text of the first asynchronous error of \p queue.
-struct error_keeper {
-    std::shared_ptr<std::vector<std::string>> texts = std::make_shared<std::vector<std::string>>();
-
-    sycl::async_handler handler() const {
-        return [kept = texts](sycl::exception_list errors) {
-            for (const auto& each : errors) {
-                try {
-                    std::rethrow_exception(each);
-                } catch (const std::exception& error) {
-                    kept->push_back(error.what());
-                }
-            }
-        };
-    }
-};
-
 TEST_F(opencl_events, a_native_event_exists_while_the_command_waits_for_a_host_task) {
     gate closed;
     const sycl::event task = closed.submit(queue);
@@ -94,8 +78,8 @@ TEST_F(opencl_events, a_native_event_exists_while_the_command_waits_for_a_host_t
 }
 
 TEST_F(opencl_events, a_failed_host_task_ends_what_waits_for_it_and_nothing_else) {
-    const error_keeper errors;
-    sycl::queue faulty(device, errors.handler());
+    const test::recorder errors;
+    sycl::queue faulty(device, errors);
     gate closed;
     const sycl::event first = closed.submit(faulty);
     const sycl::event task = faulty.submit([&](sycl::handler& handler) {
@@ -111,9 +95,9 @@ TEST_F(opencl_events, a_failed_host_task_ends_what_waits_for_it_and_nothing_else
     EXPECT_EQ(values[1], 1.0F);
     EXPECT_LT(status_of(native_kernel.front()), 0);
     faulty.throw_asynchronous();
-    ASSERT_THAT(*errors.texts, SizeIs(3));
-    EXPECT_EQ(errors.texts->at(0), "the disk is full");
-    EXPECT_THAT(errors.texts->at(1), HasSubstr("the disk is full"));
+    ASSERT_THAT(*errors.messages, SizeIs(3));
+    EXPECT_EQ(errors.messages->at(0), "the disk is full");
+    EXPECT_THAT(errors.messages->at(1), HasSubstr("the disk is full"));
 
     test::scale_and_count(faulty, values, n, 2.0F).wait();
     EXPECT_EQ(values[1], 3.0F);
@@ -134,8 +118,6 @@ TEST_F(opencl_events, dependencies_reach_across_backends_in_both_directions) {
     EXPECT_EQ(host[2], 5.0F);
 }
 
-namespace {
-
 /// Whether nobody but the test holds the queue, soon: the driver's thread lets go a little after it tells of completion.
 bool becomes_the_last_reference(cl_command_queue queue) {
     cl_uint references = 0;
@@ -145,8 +127,6 @@ bool becomes_the_last_reference(cl_command_queue queue) {
     }
     return references == 1;
 }
-
-} // namespace
 
 TEST_F(opencl_events, wrapped_queue_of_a_wrapped_context_runs_in_its_own_order) {
     const cl_device_id native_device = sycl::get_native<sycl::backend::opencl>(device);

@@ -18,6 +18,7 @@ struct sum_of_squares_kernel {
     reading<T> in;
     writing<T> out;
     sycl::local_accessor<T, 1> tile;
+    sycl::local_accessor<T, 1> turned;
 
     void operator()(sycl::nd_item<1> item) const {
         const std::size_t size = item.get_local_range(0);
@@ -25,7 +26,9 @@ struct sum_of_squares_kernel {
                                                  in.template get_multi_ptr<sycl::access::decorated::yes>() +
                                                      static_cast<std::ptrdiff_t>(item.get_group(0) * size),
                                                  size));
-        const T x = tile[size - 1 - item.get_local_id(0)];
+        turned[size - 1 - item.get_local_id(0)] = tile[item.get_local_id(0)];
+        sycl::group_barrier(item.get_group());
+        const T x = turned[item.get_local_id(0)];
         const T sum = sycl::reduce_over_group(item.get_group(), sycl::mad(x, x, T(0)), T(0), sycl::plus<T>{});
         if (item.get_local_id(0) == 0) {
             out[item.get_group(0)] = sum;
@@ -40,79 +43,40 @@ sycl::event sum_of_squares(sycl::queue& queue, sycl::buffer<T, 1>& in, sycl::buf
         const reading<T> source(in, handler);
         const writing<T> target(out, handler);
         const sycl::local_accessor<T, 1> tile(sycl::range<1>(local_size), handler);
-        handler.parallel_for<sum_of_squares_kernel<T>>(sycl::nd_range<1>(in.size(), local_size),
-                                                       sum_of_squares_kernel<T>{source, target, tile});
+        const sycl::local_accessor<T, 1> turned(sycl::range<1>(local_size), handler);
+        handler.parallel_for<sum_of_squares_kernel<T>>(
+            sycl::nd_range<1>(in.size(), local_size), sum_of_squares_kernel<T>{source, target, tile, turned});
     });
 }
 
-template <typename T>
 struct scale_and_count_kernel {
-    using element_type = T;
+    using element_type = float;
 
-    T* values;
-    T factor;
+    float* values;
+    float factor;
 
     void operator()(sycl::nd_item<1> item) const {
         const std::size_t i = item.get_global_id(0);
-        values[i] = values[i] * factor + static_cast<T>(i);
+        values[i] = values[i] * factor + static_cast<float>(i);
     }
 };
 
-template <typename T>
-sycl::event scale_and_count(sycl::queue& queue, T* values, std::size_t n, T factor,
+sycl::event scale_and_count(sycl::queue& queue, float* values, std::size_t n, float factor,
                             const std::vector<sycl::event>& dependencies) {
     return queue.submit([&](sycl::handler& handler) {
         handler.depends_on(dependencies);
-        handler.parallel_for<scale_and_count_kernel<T>>(sycl::nd_range<1>(n, 1),
-                                                        scale_and_count_kernel<T>{values, factor});
+        handler.parallel_for<scale_and_count_kernel>(sycl::nd_range<1>(n, 1),
+                                                     scale_and_count_kernel{values, factor});
     });
 }
 
-template <typename T>
-struct describe_group_kernel {
-    using element_type = T;
-
-    const T* values;
-    T* smallest_largest_sum;
-    sycl::local_accessor<T, 1> forward;
-    sycl::local_accessor<T, 1> backward;
-
-    void operator()(sycl::nd_item<1> item) const {
-        const std::size_t lane = item.get_local_id(0);
-        const auto group = item.get_group();
-        forward[lane] = values[lane];
-        backward[item.get_local_range(0) - 1 - lane] = values[lane];
-        sycl::group_barrier(group);
-        const T smallest = sycl::reduce_over_group(group, forward[lane], sycl::minimum<T>{});
-        const T largest = sycl::reduce_over_group(group, backward[lane], sycl::maximum<T>{});
-        const T sum = sycl::reduce_over_group(group, forward[lane] + backward[lane], sycl::plus<T>{}) / T(2);
-        if (lane == 0) {
-            smallest_largest_sum[0] = smallest;
-            smallest_largest_sum[1] = largest;
-            smallest_largest_sum[2] = sum;
-        }
-    }
-};
-
-template <typename T>
-sycl::event describe_group(sycl::queue& queue, const T* values, std::size_t n, T* smallest_largest_sum) {
-    return queue.submit([&](sycl::handler& handler) {
-        const sycl::local_accessor<T, 1> forward(sycl::range<1>(n), handler);
-        const sycl::local_accessor<T, 1> backward(sycl::range<1>(n), handler);
-        handler.parallel_for<describe_group_kernel<T>>(
-            sycl::nd_range<1>(n, n),
-            describe_group_kernel<T>{values, smallest_largest_sum, forward, backward});
-    });
-}
-
-template <typename T>
 struct add_rounds_kernel {
-    using element_type = T;
-    static constexpr std::size_t group_value_bytes = 3 * sizeof(T);
+    using element_type = float;
+    static constexpr std::size_t group_value_bytes = 3 * sizeof(float);
 
-    const T* values;
+    const float* values;
     std::size_t n_rounds;
-    T* sums;
+    float* sums;
 
     void operator()(sycl::nd_item<1> item) const {
         const std::size_t lane = item.get_local_id(0);
@@ -121,30 +85,26 @@ struct add_rounds_kernel {
         while (rounds_left.peek() != 0) {
             const std::size_t round = rounds_left.get();
             rounds_left.set(round - 1);
-            const T x = values[lane] * static_cast<T>(round);
-            const auto three =
-                sycl::reduce_over_group(item.get_group(), sycl::marray<T, 3>(x, -2 * x, x), sycl::plus<>{});
-            sums[lane] += sycl::reduce_over_group(item.get_group(), x, sycl::plus<T>{});
+            const float x = values[lane] * static_cast<float>(round);
+            const auto three = sycl::reduce_over_group(item.get_group(), sycl::marray<float, 3>(x, -2 * x, x),
+                                                       sycl::plus<>{});
+            sums[lane] += sycl::reduce_over_group(item.get_group(), x, sycl::plus<float>{});
             sums[lane] += three[0] + three[1] + three[2];
         }
     }
 };
 
-template <typename T>
-sycl::event add_rounds(sycl::queue& queue, const T* values, std::size_t n, std::size_t n_rounds, T* sums) {
+sycl::event add_rounds(sycl::queue& queue, const float* values, std::size_t n, std::size_t n_rounds,
+                       float* sums) {
     return queue.submit([&](sycl::handler& handler) {
-        handler.parallel_for<add_rounds_kernel<T>>(sycl::nd_range<1>(n, n),
-                                                   add_rounds_kernel<T>{values, n_rounds, sums});
+        handler.parallel_for<add_rounds_kernel>(sycl::nd_range<1>(n, n),
+                                                add_rounds_kernel{values, n_rounds, sums});
     });
 }
 
-#define INSTANTIATE(T)                                                                                       \
-    template sycl::event sum_of_squares(sycl::queue&, sycl::buffer<T, 1>&, sycl::buffer<T, 1>&,              \
-                                        std::size_t);                                                        \
-    template sycl::event scale_and_count(sycl::queue&, T*, std::size_t, T, const std::vector<sycl::event>&); \
-    template sycl::event describe_group(sycl::queue&, const T*, std::size_t, T*);                            \
-    template sycl::event add_rounds(sycl::queue&, const T*, std::size_t, std::size_t, T*);
-INSTANTIATE(float)
-INSTANTIATE(double)
+template sycl::event sum_of_squares(sycl::queue&, sycl::buffer<float, 1>&, sycl::buffer<float, 1>&,
+                                    std::size_t);
+template sycl::event sum_of_squares(sycl::queue&, sycl::buffer<double, 1>&, sycl::buffer<double, 1>&,
+                                    std::size_t);
 
 } // namespace test

@@ -35,13 +35,4 @@ TEST_F(opencl_memory, copies_and_fills_of_no_bytes_complete) {
     EXPECT_EQ(value, 3);
 }
 
-TEST_F(opencl_memory, facts_and_aspects) {
-    EXPECT_FALSE(device.get_info<sycl::info::device::name>().empty());
-    EXPECT_GT(device.get_info<sycl::info::device::max_work_group_size>(), 1U);
-    EXPECT_EQ(device.get_platform().get_backend(), sycl::backend::opencl);
-    EXPECT_NE(device.is_cpu(), device.is_gpu());
-    EXPECT_EQ(sycl::get_native<sycl::backend::opencl>(device.get_platform()) != nullptr, true);
-    EXPECT_THROW(sycl::get_native<sycl::backend::ext_aurelo_basalt>(device), sycl::exception);
-}
-
 } // namespace

@@ -14,30 +14,25 @@
 
 namespace fixture {
 
+using oracle::quad;
+
 template <class T>
 struct api;
 
-template <>
-struct api<double> {
-    static constexpr auto make = tsbdSSNewTask_64;
-    static constexpr auto make_32 = tsbdSSNewTask;
-    static constexpr auto edit = tsbdSSEditTask;
-    static constexpr auto moments = tsbdSSEditMoments;
-    static constexpr auto sums = tsbdSSEditSums;
-    static constexpr auto compute = tsbdSSCompute;
-    static constexpr const char* name = "double";
-};
-
-template <>
-struct api<float> {
-    static constexpr auto make = tsbsSSNewTask_64;
-    static constexpr auto make_32 = tsbsSSNewTask;
-    static constexpr auto edit = tsbsSSEditTask;
-    static constexpr auto moments = tsbsSSEditMoments;
-    static constexpr auto sums = tsbsSSEditSums;
-    static constexpr auto compute = tsbsSSCompute;
-    static constexpr const char* name = "float";
-};
+#define FIXTURE_API(T, PREFIX)                                                                               \
+    template <>                                                                                              \
+    struct api<T> {                                                                                          \
+        static constexpr auto make = PREFIX##NewTask_64;                                                     \
+        static constexpr auto make_32 = PREFIX##NewTask;                                                     \
+        static constexpr auto edit = PREFIX##EditTask;                                                       \
+        static constexpr auto moments = PREFIX##EditMoments;                                                 \
+        static constexpr auto sums = PREFIX##EditSums;                                                       \
+        static constexpr auto compute = PREFIX##Compute;                                                     \
+        static constexpr const char* name = #T;                                                              \
+    }
+FIXTURE_API(double, tsbdSS);
+FIXTURE_API(float, tsbsSS);
+#undef FIXTURE_API
 
 /// Mask bit of each result, in slot order.
 inline constexpr std::array<std::uint64_t, oracle::n_results> bits = {
@@ -71,15 +66,13 @@ struct matrix {
     bool includes(std::int64_t d) const { return mask.empty() || mask[static_cast<std::size_t>(d)] != 0; }
 
     oracle::estimates exact(std::int64_t d, const double* user_mean = nullptr) const {
-        oracle::element weight;
-        if (!weights.empty()) {
-            weight = [this](std::int64_t i) {
-                return static_cast<double>(weights[static_cast<std::size_t>(i)]);
-            };
-        }
-        return oracle::compute(
-            observations, [this, d](std::int64_t i) { return static_cast<double>(data[index(d, i)]); },
-            weight, user_mean);
+        const quad about = user_mean ? *user_mean : 0;
+        const auto value = [&](std::size_t i) { return data[index(d, static_cast<std::int64_t>(i))]; };
+        const auto weight = [&](std::size_t i) {
+            return weights.empty() || !(weights[i] > 0) ? T(1) : weights[i];
+        };
+        const auto n = static_cast<std::size_t>(observations);
+        return oracle::estimates_of({n, value, weight, user_mean ? &about : nullptr}, user_mean);
     }
 };
 
@@ -115,13 +108,13 @@ struct results {
     }
 };
 
-/// Runs one compute; registers only the arrays that the mask names (and the caller's mean).
+/// Runs one compute; registers only the arrays that the mask names (and the caller's mean). The data may be elsewhere.
 template <class T>
 results<T> run(const matrix<T>& m, std::uint64_t estimates, std::int32_t method = TSB_SS_METHOD_FAST,
-               const std::vector<T>* user_mean = nullptr) {
+               const std::vector<T>* user_mean = nullptr, const T* data = nullptr) {
     results<T> r(m.dims);
     void* task = nullptr;
-    EXPECT_EQ(api<T>::make(&task, &m.dims, &m.observations, &m.storage, m.data.data(),
+    EXPECT_EQ(api<T>::make(&task, &m.dims, &m.observations, &m.storage, data ? data : m.data.data(),
                            m.weights.empty() ? nullptr : m.weights.data(),
                            m.mask.empty() ? nullptr : m.mask.data()),
               TSB_SS_OK);

@@ -2,14 +2,13 @@
 #include "fixture.hpp"
 
 #include <cmath>
-#include <quadmath.h>
 #include <random>
 #include <sstream>
 
 namespace {
 
 using namespace fixture;
-using oracle::quad;
+using oracle::absolute;
 
 constexpr std::int64_t some_dims[] = {1, 1, 2, 3, 4, 5, 7, 8, 9, 12, 16, 31, 64, 65, 100, 513, 600, 1001};
 constexpr std::int64_t some_observations[] = {2,  3,   4,   7,   8,   9,    31,   32,
@@ -91,10 +90,10 @@ void compare(const random_case<T>& c, const results<T>& got, std::int64_t d, std
         if (!(estimates & bits[at])) {
             continue;
         }
-        const quad rounding =
-            sizeof(T) == 4 ? fabsq(exact.value[at]) * 0x1p-24 * 1.0001 : fabsq(exact.value[at]) * 0x1p-53;
+        const quad rounding = sizeof(T) == 4 ? absolute(exact.value[at]) * 0x1p-24 * 1.0001
+                                             : absolute(exact.value[at]) * 0x1p-53;
         const quad allowed = exact.scale[at] * (units_allowed * 0x1p-53) + rounding;
-        const quad error = fabsq(quad(got(k, d)) - exact.value[at]);
+        const quad error = absolute(quad(got(k, d)) - exact.value[at]);
         ASSERT_LE(static_cast<double>(error), static_cast<double>(allowed))
             << oracle::names[at] << " of dimension " << d << " is " << static_cast<double>(got(k, d))
             << ", exact " << static_cast<double>(exact.value[at]);

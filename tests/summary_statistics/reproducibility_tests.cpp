@@ -66,14 +66,8 @@ TYPED_TEST(reproducibility, the_address_of_the_data_changes_nothing) {
         for (std::int64_t offset = 1; offset < 8; ++offset) {
             std::vector<TypeParam> moved(static_cast<std::size_t>(offset));
             moved.insert(moved.end(), m.data.begin(), m.data.end());
-            results<TypeParam> got(3);
-            void* task = nullptr;
-            ASSERT_EQ(api<TypeParam>::make(&task, &m.dims, &m.observations, &storage, moved.data() + offset,
-                                           m.weights.data(), nullptr),
-                      TSB_SS_OK);
-            api<TypeParam>::edit(task, TSB_SS_PARAM_KURTOSIS, got.of[14].data());
-            EXPECT_EQ(api<TypeParam>::compute(task, TSB_SS_EST_KURTOSIS, TSB_SS_METHOD_FAST), TSB_SS_OK);
-            tsbSSDeleteTask(&task);
+            const auto got =
+                run<TypeParam>(m, TSB_SS_EST_KURTOSIS, TSB_SS_METHOD_FAST, nullptr, moved.data() + offset);
             EXPECT_TRUE(got.same_bits(expected, 14)) << "offset " << offset;
         }
     }

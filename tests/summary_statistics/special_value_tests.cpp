@@ -72,23 +72,6 @@ TEST(one_observation, gives_what_the_formulas_give) {
     }
 }
 
-TEST(worked_examples, give_the_documented_numbers) {
-    auto weighted = column<double>({1, 2, 3});
-    weighted.weights = {1, 2, 1};
-    const auto w = run(weighted, every_estimate);
-    EXPECT_EQ(w(central_sum2), 2);
-    EXPECT_DOUBLE_EQ(w(central2), 0.8);
-    EXPECT_EQ(w(central_sum4), 2);
-    EXPECT_EQ(w(central4), 0.5);
-    EXPECT_EQ(w(sum), 8);
-    const auto plain = run(column<double>({1, 2, 3, 4}), every_estimate);
-    EXPECT_NEAR(plain(variation), 0.5163977794943222, 1e-15);
-    EXPECT_EQ(plain(skewness), 0);
-    EXPECT_NEAR(plain(kurtosis), -2.0775, 1e-14);
-    EXPECT_EQ(run(column<double>({-1, 1}), TSB_SS_EST_VARIATION)(variation), inf);
-    EXPECT_LT(run(column<double>({-1, -3}), TSB_SS_EST_VARIATION)(variation), 0);
-}
-
 TEST(nan, reaches_every_sum_of_its_dimension_and_no_extreme) {
     for (const std::int64_t storage : {TSB_SS_STORAGE_BY_DIMENSION, TSB_SS_STORAGE_BY_OBSERVATION}) {
         for (const std::int64_t n : lengths) {
@@ -186,20 +169,6 @@ TEST(huge_values, overflow_in_the_powers_that_overflow_and_nowhere_else) {
         EXPECT_EQ(r(central_sum2), inf);
         EXPECT_EQ(r(central_sum4), inf);
     }
-}
-
-TEST(user_mean, is_the_only_center_and_is_left_alone) {
-    const std::vector<double> about{1.0};
-    const auto r = run(column<double>({1, 2, 4}), about_user_mean, TSB_SS_METHOD_USER_MEAN, &about);
-    EXPECT_EQ(r(mean), 1.0);
-    EXPECT_EQ(r(central_sum2), 10);
-    EXPECT_EQ(r(central_sum3), 28);
-    EXPECT_EQ(r(central_sum4), 82);
-    EXPECT_EQ(r(central2), 5);
-    EXPECT_EQ(r(variation), std::sqrt(5.0));
-    const std::vector<double> lost{nan};
-    EXPECT_THAT(run(column<double>({1, 2}), TSB_SS_EST_CENTRAL2, TSB_SS_METHOD_USER_MEAN, &lost)(central2),
-                IsNan());
 }
 
 } // namespace

@@ -34,6 +34,11 @@ inline sycl::device gpu_with_limit(std::size_t work_group_limit) {
     return add_device(desc);
 }
 
+inline bool complete(const sycl::event& event) {
+    return event.get_info<sycl::info::event::command_execution_status>() ==
+           sycl::info::event_command_status::complete;
+}
+
 inline std::size_t limit_of(const sycl::device& device) {
     return device.get_info<sycl::info::device::max_work_group_size>();
 }
@@ -47,14 +52,21 @@ inline constexpr std::size_t medium_limit = 96;
 inline constexpr std::size_t large_limit = 1024;
 #endif
 
-/// OpenCL devices that are, or are presented as, GPUs.
-inline std::vector<sycl::device> opencl_gpus() {
+/// The OpenCL devices that this run-time can use.
+inline std::vector<sycl::device> opencl_devices() {
     std::vector<sycl::device> list;
-    for (const auto& each : sycl::device::get_devices(sycl::info::device_type::gpu)) {
-        if (each.get_backend() == sycl::backend::opencl) {
+    for (const auto& each : sycl::device::get_devices()) {
+        if (each.get_backend() == sycl::backend::opencl && each.has(sycl::aspect::usm_device_allocations)) {
             list.push_back(each);
         }
     }
+    return list;
+}
+
+/// Those that are, or are presented as, GPUs.
+inline std::vector<sycl::device> opencl_gpus() {
+    auto list = opencl_devices();
+    std::erase_if(list, [](const sycl::device& each) { return !each.is_gpu(); });
     return list;
 }
 

@@ -3,6 +3,7 @@
 #include "host_dataset.hpp"
 
 #include <array>
+#include <memory>
 #include <type_traits>
 #include <utility>
 
@@ -54,64 +55,75 @@ std::vector<T> from_buffer(sycl::buffer<T, 1> buffer) {
     return std::vector<T>(access.begin(), access.end());
 }
 
-template <typename T, std::size_t n>
-results<T, n> fresh_outputs(std::size_t n_dims, const std::array<bool, n>& present) {
-    results<T, n> outputs;
-    for (std::size_t k = 0; k < n; ++k) {
-        outputs[k].assign(present[k] ? n_dims : 0, untouched<T>);
-    }
-    return outputs;
-}
+/// An array as one form of the estimates takes it: a buffer, or a pointer to unified shared memory.
+template <typename T, bool is_usm>
+class array {
+    using memory = std::conditional_t<is_usm, usm_array<T>, sycl::buffer<T, 1>>;
 
-/// Calls `estimate(queue, [mean,] dataset, outputs...)` on buffers; with the mean if there is one and the
-/// estimate takes it.
-template <layout L, typename T, std::size_t n, typename Estimate>
-results<T, n> run_on_buffers(sycl::queue& queue, const host_dataset<T>& data,
-                             const std::array<bool, n>& present, const Estimate& estimate) {
-    const auto n_dims = static_cast<std::int64_t>(data.n_dims);
-    const auto n_observations = static_cast<std::int64_t>(data.n_observations);
-    stats::dataset<L, sycl::buffer<T, 1>> set(n_dims, n_observations, to_buffer(data.template placed<L>()),
-                                              to_buffer(data.weights), to_buffer(data.mask));
-    const auto start = fresh_outputs<T>(data.n_dims, present);
-    return [&]<std::size_t... k>(std::index_sequence<k...>) {
-        std::array<sycl::buffer<T, 1>, n> out{to_buffer(start[k])...};
-        constexpr bool takes_mean = std::is_invocable_v<const Estimate&, sycl::queue&, sycl::buffer<T, 1>,
-                                                        decltype(set)&, decltype(out[k])&...>;
-        if constexpr (takes_mean) {
-            if (!data.mean.empty()) {
-                estimate(queue, to_buffer(data.mean), set, out[k]...);
-                return results<T, n>{from_buffer(out[k])...};
-            }
+public:
+    array(sycl::queue& queue, const std::vector<T>& values) {
+        if constexpr (is_usm) {
+            memory_ = std::make_shared<memory>(queue, values);
+        } else {
+            memory_ = std::make_shared<memory>(to_buffer(values));
         }
-        estimate(queue, set, out[k]...);
-        return results<T, n>{from_buffer(out[k])...};
     }
-    (std::make_index_sequence<n>{});
-}
 
-/// The same on USM pointers; the estimate returns an event.
-template <layout L, typename T, std::size_t n, typename Estimate>
-results<T, n> run_on_pointers(sycl::queue& queue, const host_dataset<T>& data,
-                              const std::array<bool, n>& present, const Estimate& estimate) {
-    const usm_array<T> values(queue, data.template placed<L>());
-    const usm_array<T> weights(queue, data.weights);
-    const usm_array<std::int64_t> mask(queue, data.mask);
-    const usm_array<T> mean(queue, data.mean);
-    const stats::dataset<L, T*> set(static_cast<std::int64_t>(data.n_dims),
-                                    static_cast<std::int64_t>(data.n_observations), values.get(),
-                                    weights.get(), mask.get());
-    const auto start = fresh_outputs<T>(data.n_dims, present);
+    auto argument() const -> std::conditional_t<is_usm, T*, sycl::buffer<T, 1>&> {
+        if constexpr (is_usm) {
+            return memory_->get();
+        } else {
+            return *memory_;
+        }
+    }
+
+    std::vector<T> values() const {
+        if constexpr (is_usm) {
+            return memory_->values();
+        } else {
+            return memory_->size() == 0 ? std::vector<T>() : from_buffer(*memory_);
+        }
+    }
+
+private:
+    std::shared_ptr<memory> memory_;
+};
+
+template <layout L, typename T, bool is_usm>
+using dataset_of = stats::dataset<L, std::conditional_t<is_usm, T*, sycl::buffer<T, 1>>>;
+
+/// Calls `estimate(queue, [mean,] dataset, outputs...)` in one form, to its end on pointers; with the mean if there is
+/// one and the estimate takes it.
+template <layout L, bool is_usm, typename T, std::size_t n, typename Estimate>
+results<T, n> run_as(sycl::queue& queue, const host_dataset<T>& data, const std::array<bool, n>& present,
+                     const Estimate& estimate) {
+    const array<T, is_usm> values(queue, data.template placed<L>());
+    const array<T, is_usm> weights(queue, data.weights);
+    const array<std::int64_t, is_usm> mask(queue, data.mask);
+    const array<T, is_usm> mean(queue, data.mean);
+    const dataset_of<L, T, is_usm> set(static_cast<std::int64_t>(data.n_dims),
+                                       static_cast<std::int64_t>(data.n_observations), values.argument(),
+                                       weights.argument(), mask.argument());
+    const auto call = [&](auto&&... arguments) {
+        if constexpr (is_usm) {
+            estimate(queue, arguments...).wait();
+        } else {
+            estimate(queue, arguments...);
+        }
+    };
     return [&]<std::size_t... k>(std::index_sequence<k...>) {
-        const std::array<usm_array<T>, n> out{usm_array<T>(queue, start[k])...};
+        const std::array<array<T, is_usm>, n> out{
+            array<T, is_usm>(queue, std::vector<T>(present[k] ? data.n_dims : 0, untouched<T>))...};
         constexpr bool takes_mean =
-            std::is_invocable_v<const Estimate&, sycl::queue&, T*, decltype(set)&, decltype(out[k].get())...>;
+            std::is_invocable_v<const Estimate&, sycl::queue&, decltype(mean.argument()), decltype(set)&,
+                                decltype(out[k].argument())...>;
         if constexpr (takes_mean) {
             if (!data.mean.empty()) {
-                estimate(queue, mean.get(), set, out[k].get()...).wait();
+                call(mean.argument(), set, out[k].argument()...);
                 return results<T, n>{out[k].values()...};
             }
         }
-        estimate(queue, set, out[k].get()...).wait();
+        call(set, out[k].argument()...);
         return results<T, n>{out[k].values()...};
     }
     (std::make_index_sequence<n>{});
@@ -136,14 +148,13 @@ inline const std::vector<arrangement> arrangements{{layout::by_dimension, form::
 template <typename T, std::size_t n, typename Estimate>
 results<T, n> run(sycl::queue& queue, const arrangement& how, const host_dataset<T>& data,
                   const std::array<bool, n>& present, const Estimate& estimate) {
+    const bool usm = how.storage == form::usm;
     if (how.placement == layout::by_dimension) {
-        return how.storage == form::buffer
-                   ? run_on_buffers<layout::by_dimension, T, n>(queue, data, present, estimate)
-                   : run_on_pointers<layout::by_dimension, T, n>(queue, data, present, estimate);
+        return usm ? run_as<layout::by_dimension, true>(queue, data, present, estimate)
+                   : run_as<layout::by_dimension, false>(queue, data, present, estimate);
     }
-    return how.storage == form::buffer
-               ? run_on_buffers<layout::by_observation, T, n>(queue, data, present, estimate)
-               : run_on_pointers<layout::by_observation, T, n>(queue, data, present, estimate);
+    return usm ? run_as<layout::by_observation, true>(queue, data, present, estimate)
+               : run_as<layout::by_observation, false>(queue, data, present, estimate);
 }
 
 } // namespace test

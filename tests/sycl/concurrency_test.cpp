@@ -6,6 +6,9 @@
 #include <thread>
 #include <vector>
 
+using test::in_host_task;
+using test::int_buffer;
+
 namespace {
 
 constexpr int n_threads = 8;
@@ -24,25 +27,22 @@ void on_threads(const Work& work) {
 } // namespace
 
 TEST(concurrency, threads_share_a_buffer_through_several_queues) {
-    std::vector<sycl::queue> queues;
-    for (const auto& each : test::devices()) {
-        queues.emplace_back(each);
-    }
+    std::vector<sycl::queue> queues(test::devices().begin(), test::devices().end());
     constexpr int rounds = 30;
     int total = 0;
     {
-        sycl::buffer<int, 1> shared(&total, 1);
+        int_buffer shared(&total, 1);
         on_threads([&](int t) {
             for (int i = 0; i < rounds; ++i) {
                 auto& queue = queues[static_cast<std::size_t>(t + i) % queues.size()];
-                queue.submit([&](sycl::handler& group) {
-                    sycl::accessor target(shared, group, sycl::read_write);
-                    if (i % 3 == 0) {
+                if (i % 3 == 0) {
+                    queue.submit([&](sycl::handler& group) {
+                        sycl::accessor target(shared, group, sycl::read_write);
                         group.host_task([=] { target[0] += 1; });
-                    } else {
-                        group.single_task([=] { target[0] += 1; });
-                    }
-                });
+                    });
+                } else {
+                    test::in_kernel(queue, shared, [](int& x) { x += 1; });
+                }
             }
         });
     }
@@ -57,13 +57,12 @@ TEST(concurrency, every_thread_makes_and_drops_queues_buffers_and_events) {
             std::vector<int> values(8, t);
             {
                 sycl::queue queue(device);
-                sycl::buffer<int, 1> data(values.data(), values.size());
+                int_buffer data(values.data(), values.size());
                 queue.submit([&](sycl::handler& group) {
                     sycl::accessor target(data, group, sycl::read_write);
                     group.parallel_for(sycl::nd_range<1>(8, 4), [=](sycl::nd_item<1> item) {
-                        const int sum = sycl::reduce_over_group(
-                            item.get_group(), target[item.get_global_id(0)], sycl::plus<int>());
-                        target[item.get_global_id(0)] = sum;
+                        int& mine = target[item.get_global_id(0)];
+                        mine = sycl::reduce_over_group(item.get_group(), mine, sycl::plus<int>());
                     });
                 });
             }
@@ -77,7 +76,7 @@ TEST(concurrency, events_are_waited_for_by_many_while_they_complete) {
     sycl::queue queue(sycl::cpu_selector_v);
     for (int i = 0; i < 30; ++i) {
         int value = 0;
-        const auto event = queue.submit([&](sycl::handler& group) { group.host_task([&] { value = 7; }); });
+        const auto event = in_host_task(queue, [&] { value = 7; });
         std::atomic<int> seen{0};
         on_threads([&](int) {
             sycl::event(event).wait();
@@ -92,18 +91,16 @@ TEST(concurrency, a_task_that_nobody_waits_for_runs_after_many_that_were_waited_
     sycl::queue queue(sycl::cpu_selector_v);
     for (int round = 0; round < 20; ++round) {
         for (int i = 0; i < 50; ++i) {
-            queue.submit([](sycl::handler& group) { group.host_task([] {}); }).wait();
+            in_host_task(queue, [] {}).wait();
         }
         std::promise<void> ran;
-        queue.submit([&](sycl::handler& group) { group.host_task([&] { ran.set_value(); }); });
+        in_host_task(queue, [&] { ran.set_value(); });
         ASSERT_EQ(ran.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready) << round;
         std::vector<sycl::event> last;
         int length = 0;
         for (int i = 0; i < 5; ++i) {
-            last = {queue.submit([&](sycl::handler& group) {
-                group.depends_on(last);
-                group.host_task([&] { ++length; });
-            })};
+            last = {in_host_task(
+                queue, [&] { ++length; }, last)};
         }
         last[0].wait();
         ASSERT_EQ(length, 5) << round;
@@ -117,10 +114,7 @@ TEST(concurrency, errors_of_many_threads_are_all_reported) {
                           [&](const sycl::exception_list& errors) { reported += errors.size(); });
         on_threads([&](int) {
             for (int i = 0; i < 10; ++i) {
-                queue
-                    .submit(
-                        [](sycl::handler& group) { group.host_task([] { throw std::runtime_error("x"); }); })
-                    .wait_and_throw();
+                in_host_task(queue, [] { throw std::runtime_error("x"); }).wait_and_throw();
             }
         });
     }

@@ -1,75 +1,65 @@
 #include "devices.hpp"
 
-using sycl::backend;
 namespace basalt = sycl::ext::aurelo::basalt;
+using test::expect_refused;
 
 namespace {
 
-constexpr auto soft = backend::ext_aurelo_basalt;
+constexpr auto soft = sycl::backend::ext_aurelo_basalt;
 
-struct natives {
+class interop : public testing::Test {
+protected:
+    interop() {
+        EXPECT_EQ(bs_context_create(platform, 1, &native_device, &context), BS_SUCCESS);
+        EXPECT_EQ(bs_command_queue_create(context, native_device, 1, &native_queue), BS_SUCCESS);
+        EXPECT_EQ(bs_command_list_create_immediate(context, native_device, 1, &native_list), BS_SUCCESS);
+    }
+    ~interop() override {
+        EXPECT_EQ(bs_command_queue_destroy(native_queue), BS_SUCCESS);
+        EXPECT_EQ(bs_command_list_destroy(native_list), BS_SUCCESS);
+        EXPECT_EQ(bs_context_destroy(context), BS_SUCCESS) << bs_last_error();
+    }
+    /// A queue around a native one, which it leaves to its owner.
+    sycl::queue wrapped(basalt::queue_handle handle) const {
+        const auto around = sycl::make_context<soft>({context, {device}, basalt::ownership::keep});
+        EXPECT_EQ(sycl::get_native<soft>(around), context);
+        return sycl::make_queue<soft>({handle, device, basalt::ownership::keep}, around);
+    }
+
     sycl::device device = test::gpu_with_limit(8);
     bs_device_handle_t native_device = sycl::get_native<soft>(device);
     bs_platform_handle_t platform = sycl::get_native<soft>(device.get_platform());
     bs_context_handle_t context = nullptr;
-
-    natives() { EXPECT_EQ(bs_context_create(platform, 1, &native_device, &context), BS_SUCCESS); }
-    ~natives() { EXPECT_EQ(bs_context_destroy(context), BS_SUCCESS) << bs_last_error(); }
+    bs_command_queue_handle_t native_queue = nullptr;
+    bs_command_list_handle_t native_list = nullptr;
 };
 
 } // namespace
 
-TEST(interop, platforms_and_devices_come_back_as_the_same_objects) {
-    const natives native;
-    const auto platform = basalt::make_platform(native.platform);
-    EXPECT_EQ(platform, native.device.get_platform());
-    EXPECT_EQ(basalt::make_device(platform, native.native_device), native.device);
-    test::message_of(sycl::errc::invalid, [&] { basalt::make_platform(nullptr); });
-    test::message_of(sycl::errc::invalid, [&] { basalt::make_device(platform, nullptr); });
-    test::message_of(sycl::errc::backend_mismatch,
-                     [&] { (void)sycl::get_native<soft>(sycl::device(sycl::cpu_selector_v)); });
+TEST_F(interop, platforms_and_devices_come_back_as_the_same_objects) {
+    const auto same = basalt::make_platform(platform);
+    EXPECT_EQ(same, device.get_platform());
+    EXPECT_EQ(basalt::make_device(same, native_device), device);
 }
 
-TEST(interop, queues_of_both_native_kinds_run_commands_and_keep_the_handles) {
-    const natives native;
-    bs_command_queue_handle_t native_queue = nullptr;
-    bs_command_list_handle_t native_list = nullptr;
-    ASSERT_EQ(bs_command_queue_create(native.context, native.native_device, 1, &native_queue), BS_SUCCESS);
-    ASSERT_EQ(bs_command_list_create_immediate(native.context, native.native_device, 1, &native_list),
-              BS_SUCCESS);
-    {
-        const auto context =
-            sycl::make_context<soft>({native.context, {native.device}, basalt::ownership::keep});
-        EXPECT_EQ(sycl::get_native<soft>(context), native.context);
-        for (const basalt::queue_handle handle :
-             {basalt::queue_handle(native_queue), basalt::queue_handle(native_list)}) {
-            sycl::queue queue =
-                sycl::make_queue<soft>({handle, native.device, basalt::ownership::keep}, context);
-            EXPECT_EQ(sycl::get_native<soft>(queue), handle);
-            int* const value = sycl::malloc_shared<int>(1, queue);
-            auto event = queue.single_task([=] { *value = 5; });
-            EXPECT_EQ(event.get_backend(), soft);
-            event.wait();
-            EXPECT_EQ(*value, 5);
-            sycl::free(value, queue);
-        }
+TEST_F(interop, queues_of_both_native_kinds_run_commands_and_keep_the_handles) {
+    for (const auto handle : {basalt::queue_handle(native_queue), basalt::queue_handle(native_list)}) {
+        sycl::queue queue = wrapped(handle);
+        EXPECT_EQ(sycl::get_native<soft>(queue), handle);
+        int value = 0;
+        auto event = queue.single_task([&value] { value = 5; });
+        EXPECT_EQ(event.get_backend(), soft);
+        event.wait();
+        EXPECT_EQ(value, 5);
     }
-    EXPECT_EQ(bs_command_queue_destroy(native_queue), BS_SUCCESS);
-    EXPECT_EQ(bs_command_list_destroy(native_list), BS_SUCCESS);
 }
 
-TEST(interop, a_native_command_is_ordered_with_those_of_the_queue_around_it) {
-    const natives native;
-    bs_command_queue_handle_t native_queue = nullptr;
-    ASSERT_EQ(bs_command_queue_create(native.context, native.native_device, 1, &native_queue), BS_SUCCESS);
+TEST_F(interop, a_native_command_is_ordered_with_those_of_the_queue_around_it) {
     int value = 1;
     int seen = 0;
     {
-        const auto context =
-            sycl::make_context<soft>({native.context, {native.device}, basalt::ownership::keep});
-        sycl::queue queue =
-            sycl::make_queue<soft>({native_queue, native.device, basalt::ownership::keep}, context);
-        test::held hold(native.device);
+        sycl::queue queue = wrapped(native_queue);
+        test::held hold(device);
         queue.single_task([&value] { value = 2; });
         bs_command_t copy{};
         copy.copy = {&seen, &value, sizeof value};
@@ -78,24 +68,21 @@ TEST(interop, a_native_command_is_ordered_with_those_of_the_queue_around_it) {
         hold.release();
         last.wait();
     }
-    EXPECT_EQ(bs_command_queue_destroy(native_queue), BS_SUCCESS);
     EXPECT_EQ(seen, 2);
     EXPECT_EQ(value, 3);
 }
 
-TEST(interop, null_handles_and_foreign_devices_are_refused) {
-    const natives native;
+TEST_F(interop, null_handles_and_foreign_devices_are_refused) {
     const sycl::device cpu(sycl::cpu_selector_v);
-    test::message_of(sycl::errc::invalid, [&] { sycl::make_context<soft>({nullptr, {native.device}}); });
-    test::message_of(sycl::errc::invalid, [&] {
-        sycl::make_context<soft>({native.context, {}, basalt::ownership::keep});
-    });
-    test::message_of(sycl::errc::backend_mismatch, [&] {
-        sycl::make_context<soft>({native.context, {cpu}, basalt::ownership::keep});
-    });
-    const sycl::context context(native.device);
-    test::message_of(sycl::errc::invalid, [&] {
-        sycl::make_queue<soft>(
-            {basalt::queue_handle(static_cast<bs_command_queue_handle_t>(nullptr)), native.device}, context);
-    });
+    const auto make_context = [](bs_context_handle_t native, const std::vector<sycl::device>& devices) {
+        sycl::make_context<soft>({native, devices, basalt::ownership::keep});
+    };
+    using sycl::errc;
+    expect_refused(errc::invalid, "", [&] { basalt::make_platform(nullptr); });
+    expect_refused(errc::invalid, "", [&] { basalt::make_device(device.get_platform(), nullptr); });
+    expect_refused(errc::invalid, "", [&] { make_context(nullptr, {device}); });
+    expect_refused(errc::invalid, "", [&] { make_context(context, {}); });
+    expect_refused(errc::invalid, "", [&] { wrapped(static_cast<bs_command_queue_handle_t>(nullptr)); });
+    expect_refused(errc::backend_mismatch, "", [&] { make_context(context, {cpu}); });
+    expect_refused(errc::backend_mismatch, "", [&] { (void)sycl::get_native<soft>(cpu); });
 }

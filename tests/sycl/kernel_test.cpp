@@ -4,55 +4,38 @@
 #include <cmath>
 #include <numeric>
 
+using test::int_buffer;
+
 class kernels : public test::on_every_device {
 protected:
-    std::size_t limit = GetParam().get_info<sycl::info::device::max_work_group_size>();
+    std::size_t limit = test::limit_of(GetParam());
 
-    /// Local sizes worth trying, within the device's limit.
-    std::vector<std::size_t> local_sizes() const {
-        std::vector<std::size_t> result;
+    /// Calls \p check for local sizes worth trying, within the device's limit.
+    template <typename Check>
+    void for_local_sizes(const Check& check) const {
         for (const std::size_t size : {1UL, 2UL, 3UL, 4UL, 7UL, 33UL, 64UL}) {
             if (size <= limit) {
-                result.push_back(size);
+                SCOPED_TRACE("local size " + std::to_string(size));
+                check(size);
             }
         }
-        return result;
     }
 };
 ON_EVERY_DEVICE(kernels);
 
-TEST_P(kernels, work_items_know_where_they_are) {
-    for (const std::size_t local : local_sizes()) {
-        const std::size_t groups = 5;
-        std::vector<std::size_t> seen(local * groups);
-        {
-            sycl::buffer<std::size_t, 1> data(seen.data(), seen.size());
-            queue.submit([&](sycl::handler& group) {
-                sycl::accessor target(data, group, sycl::write_only);
-                group.parallel_for(sycl::nd_range<1>(local * groups, local), [=](sycl::nd_item<1> item) {
-                    const bool consistent =
-                        item.get_local_range(0) == local && item.get_group_range(0) == groups &&
-                        item.get_global_range(0) == local * groups &&
-                        item.get_global_id(0) == item.get_group(0) * local + item.get_local_id(0);
-                    target[item.get_global_id(0)] = consistent ? item.get_global_id(0) + 1 : 0;
-                });
-            });
-        }
-        for (std::size_t i = 0; i < seen.size(); ++i) {
-            EXPECT_EQ(seen[i], i + 1) << "local size " << local;
-        }
-    }
-}
-
-TEST_P(kernels, reductions_give_every_work_item_the_result) {
-    for (const std::size_t local : local_sizes()) {
+TEST_P(kernels, work_items_know_where_they_are_and_all_get_the_results_of_reductions) {
+    for_local_sizes([this](std::size_t local) {
         const std::size_t groups = 9;
-        std::vector<int> bad(groups, -1);
+        std::vector<int> right(groups * local, -1);
         {
-            sycl::buffer<int, 1> result(bad.data(), groups);
+            int_buffer result(right.data(), right.size());
             queue.submit([&](sycl::handler& group) {
                 sycl::accessor target(result, group, sycl::write_only);
                 group.parallel_for(sycl::nd_range<1>(local * groups, local), [=](sycl::nd_item<1> item) {
+                    const bool placed =
+                        item.get_local_range(0) == local && item.get_group_range(0) == groups &&
+                        item.get_global_range(0) == local * groups &&
+                        item.get_global_id(0) == item.get_group(0) * local + item.get_local_id(0);
                     const auto over = item.get_group();
                     const auto id = static_cast<int>(item.get_global_id(0));
                     const int first = static_cast<int>(item.get_group(0) * local);
@@ -63,19 +46,19 @@ TEST_P(kernels, reductions_give_every_work_item_the_result) {
                     const int high = sycl::reduce_over_group(over, -id, sycl::maximum<int>());
                     const auto several = sycl::reduce_over_group(over, sycl::marray<int, 3>(id, 1, -id),
                                                                  sycl::marray<int, 3>(5), sycl::plus<>());
-                    const bool right = sum == (first + last) * static_cast<int>(local) / 2 &&
-                                       from_ten == sum + 10 && low == first && high == -first &&
-                                       several[0] == sum + 5 && several[1] == static_cast<int>(local) + 5 &&
-                                       several[2] == 5 - sum;
-                    const int wrong = sycl::reduce_over_group(over, right ? 0 : 1, sycl::plus<int>());
-                    if (over.leader()) {
-                        target[item.get_group(0)] = wrong;
-                    }
+                    const bool reduced = sum == (first + last) * static_cast<int>(local) / 2 &&
+                                         from_ten == sum + 10 && low == first && high == -first &&
+                                         several[0] == sum + 5 && several[1] == static_cast<int>(local) + 5 &&
+                                         several[2] == 5 - sum;
+                    const bool leads = over.leader() == (item.get_local_id(0) == 0);
+                    target[item.get_global_id(0)] = placed && reduced && leads ? id : -1;
                 });
             });
         }
-        EXPECT_EQ(bad, std::vector<int>(groups, 0)) << "local size " << local;
-    }
+        std::vector<int> ids(right.size());
+        std::iota(ids.begin(), ids.end(), 0);
+        EXPECT_EQ(right, ids);
+    });
 }
 
 TEST_P(kernels, a_sum_has_the_same_bits_on_every_run) {
@@ -84,73 +67,63 @@ TEST_P(kernels, a_sum_has_the_same_bits_on_every_run) {
     for (std::size_t i = 0; i < n; ++i) {
         values[i] = std::sin(static_cast<float>(i)) * std::pow(10.F, static_cast<float>(i % 9));
     }
+    sycl::buffer<float, 1> source(values.begin(), values.end());
     const auto sum = [&] {
-        float result = 0;
-        sycl::buffer<float, 1> source(values.data(), n);
-        {
-            sycl::buffer<float, 1> target(&result, 1);
-            queue.submit([&](sycl::handler& group) {
-                sycl::accessor in(source, group, sycl::read_only);
-                sycl::accessor out(target, group, sycl::write_only);
-                group.parallel_for(sycl::nd_range<1>(n, n), [=](sycl::nd_item<1> item) {
-                    const float s = sycl::reduce_over_group(item.get_group(), in[item.get_local_id(0)],
-                                                            sycl::plus<float>());
-                    if (item.get_local_id(0) == 0) {
-                        out[0] = s;
-                    }
-                });
+        sycl::buffer<float, 1> target{sycl::range<1>(n)};
+        queue.submit([&](sycl::handler& group) {
+            sycl::accessor in(source, group, sycl::read_only);
+            sycl::accessor out(target, group, sycl::write_only);
+            group.parallel_for(sycl::nd_range<1>(n, n), [=](sycl::nd_item<1> item) {
+                const std::size_t i = item.get_local_id(0);
+                out[i] = sycl::reduce_over_group(item.get_group(), in[i], sycl::plus<float>());
             });
-        }
-        return result;
+        });
+        const sycl::host_accessor results(target, sycl::read_only);
+        return std::vector<float>(results.begin(), results.end());
     };
-    const float first = sum();
+    const auto first = sum();
     for (int i = 0; i < 20; ++i) {
         EXPECT_EQ(sum(), first);
     }
 }
 
 TEST_P(kernels, a_tile_goes_through_local_memory_and_barriers) {
-    for (const std::size_t local : local_sizes()) {
-        const std::size_t groups = 4;
-        std::vector<int> source(local * groups);
-        std::iota(source.begin(), source.end(), 0);
-        std::vector<int> reversed(source.size());
+    for_local_sizes([this](std::size_t local) {
+        std::vector<int> values(local * 4);
+        std::iota(values.begin(), values.end(), 0);
+        std::vector<int> reversed = values;
+        for (auto at = reversed.begin(); at != reversed.end(); at += static_cast<std::ptrdiff_t>(local)) {
+            std::reverse(at, at + static_cast<std::ptrdiff_t>(local));
+        }
         {
-            sycl::buffer<int, 1> in(source.data(), source.size());
-            sycl::buffer<int, 1> out(reversed.data(), reversed.size());
+            int_buffer data(values.data(), values.size());
             queue.submit([&](sycl::handler& group) {
-                sycl::accessor from(in, group, sycl::read_only);
-                sycl::accessor to(out, group, sycl::write_only);
+                sycl::accessor both(data, group, sycl::read_write);
                 sycl::local_accessor<int, 1> tile(local, group);
                 sycl::local_accessor<int, 1> turned(local, group);
-                group.parallel_for(sycl::nd_range<1>(local * groups, local), [=](sycl::nd_item<1> item) {
+                group.parallel_for(sycl::nd_range<1>(local * 4, local), [=](sycl::nd_item<1> item) {
                     const std::size_t base = item.get_group(0) * local;
                     const std::size_t lane = item.get_local_id(0);
-                    const auto copy =
+                    item.wait_for(
                         item.async_work_group_copy(tile.get_multi_ptr<sycl::access::decorated::yes>(),
-                                                   from.get_multi_ptr<sycl::access::decorated::yes>() +
+                                                   both.get_multi_ptr<sycl::access::decorated::yes>() +
                                                        static_cast<std::ptrdiff_t>(base),
-                                                   local);
-                    item.wait_for(copy);
+                                                   local));
                     turned[local - 1 - lane] = tile[lane];
                     sycl::group_barrier(item.get_group());
-                    to[base + lane] = turned[lane];
+                    both[base + lane] = turned[lane];
                 });
             });
         }
-        for (std::size_t g = 0; g < groups; ++g) {
-            std::reverse(source.begin() + static_cast<std::ptrdiff_t>(g * local),
-                         source.begin() + static_cast<std::ptrdiff_t>((g + 1) * local));
-        }
-        EXPECT_EQ(reversed, source) << "local size " << local;
-    }
+        EXPECT_EQ(values, reversed);
+    });
 }
 
 TEST_P(kernels, strided_copies_gather_and_scatter) {
     std::vector<int> matrix(12);
     std::iota(matrix.begin(), matrix.end(), 0);
     {
-        sycl::buffer<int, 1> data(matrix.data(), matrix.size());
+        int_buffer data(matrix.data(), matrix.size());
         queue.submit([&](sycl::handler& group) {
             sycl::accessor both(data, group, sycl::read_write);
             sycl::local_accessor<int, 1> column(4, group);
@@ -164,17 +137,4 @@ TEST_P(kernels, strided_copies_gather_and_scatter) {
         });
     }
     EXPECT_EQ(matrix, (std::vector<int>{1, 1, 2, 4, 4, 5, 7, 7, 8, 10, 10, 11}));
-}
-
-struct named_kernel;
-struct by_name {
-    int* target;
-    void operator()(sycl::nd_item<1>) const { *target = 3; }
-};
-
-TEST_P(kernels, may_be_named_by_a_type_that_is_only_declared) {
-    int* const value = sycl::malloc_shared<int>(1, queue);
-    queue.parallel_for<named_kernel>(sycl::nd_range<1>(1, 1), by_name{value}).wait();
-    EXPECT_EQ(*value, 3);
-    sycl::free(value, queue);
 }

@@ -21,22 +21,11 @@ constexpr std::size_t sizes[] = {1, 2, 7, 100, 4096};
 
 sweep::case_list all_cases() {
     sweep::case_list list;
-    sweep::add_minmax(list);
     sweep::add_raw(list);
     sweep::add_central(list);
     sweep::add_shapes(list);
-    sweep::add_extended_central(list);
-    sweep::add_extended_shapes(list);
+    sweep::add_extended(list);
     return list;
-}
-
-sycl::device opencl_device() {
-    for (const auto& each : sycl::device::get_devices()) {
-        if (each.get_backend() == sycl::backend::opencl && each.has(sycl::aspect::usm_device_allocations)) {
-            return each;
-        }
-    }
-    throw std::runtime_error("no OpenCL device");
 }
 
 /// A software GPU with local memory for the largest group and all blocks of a functor.
@@ -48,7 +37,7 @@ sycl::device reference_device() {
 }
 
 std::string check(const sweep::kernel_case& what, sycl::queue& opencl, sycl::queue& reference) {
-    const auto limit = opencl.get_device().get_info<sycl::info::device::max_work_group_size>();
+    const auto limit = test::limit_of(opencl.get_device());
     for (const std::size_t size : sizes) {
         for (unsigned bits = 0; bits < 8; ++bits) {
             const sweep::setting how{std::min(size, limit), (bits & 1) != 0, (bits & 2) != 0,
@@ -62,7 +51,7 @@ std::string check(const sweep::kernel_case& what, sycl::queue& opencl, sycl::que
 }
 
 void check_all(const sweep::case_list& list, int n_numbers, char** numbers) {
-    sycl::queue opencl(opencl_device());
+    sycl::queue opencl(test::opencl_devices().at(0));
     sycl::queue reference(reference_device());
     for (int i = 0; i < n_numbers; ++i) {
         const auto number = static_cast<std::size_t>(std::atoi(numbers[i]));

@@ -1,4 +1,4 @@
-#include "basic_cases.hpp"
+#include "launches.hpp"
 
 #include "device/estimates/mean_func.hpp"
 #include "device/estimates/raw_funcs.hpp"
@@ -6,11 +6,12 @@
 namespace sweep {
 
 void add_raw(case_list& list) {
-    add_public<gpu::mean_func, 1>(list, "mean_func");
-    add_public<gpu::raw_sum_func_fast, 4>(list, "raw_sum_func_fast");
-    add_offload<gpu::raw_sum_func_fast, 4>(list, "raw_sum_func_fast");
-    add_public<gpu::raw_moment_func_fast, 4>(list, "raw_moment_func_fast");
-    add_offload<gpu::raw_moment_func_fast, 4>(list, "raw_moment_func_fast");
+    add<gpu::max_func_fast, 1, true, true>(list);
+    add<gpu::min_func_fast, 1, true, true>(list);
+    add<gpu::min_max_func_fast, 2, true, false>(list);
+    add<gpu::mean_func, 1, true, false>(list);
+    add<gpu::raw_sum_func_fast, 4, true, true>(list);
+    add<gpu::raw_moment_func_fast, 4, true, true>(list);
 }
 
 } // namespace sweep

@@ -1,19 +1,16 @@
-#include "basic_cases.hpp"
+#include "launches.hpp"
 
 #include "device/estimates/shape_funcs.hpp"
 
 namespace sweep {
 
 void add_shapes(case_list& list) {
-    add_public<gpu::variation_func_fast, 1>(list, "variation_func_fast");
-    add_public<gpu::skewness_func_fast, 1>(list, "skewness_func_fast");
-    add_public<gpu::kurtosis_func_fast, 1>(list, "kurtosis_func_fast");
-    add_public<gpu::variation_func_user_mean, 1>(list, "variation_func_user_mean");
-    add_offload<gpu::variation_func_user_mean, 1>(list, "variation_func_user_mean");
-    add_public<gpu::skewness_func_user_mean, 1>(list, "skewness_func_user_mean");
-    add_offload<gpu::skewness_func_user_mean, 1>(list, "skewness_func_user_mean");
-    add_public<gpu::kurtosis_func_user_mean, 1>(list, "kurtosis_func_user_mean");
-    add_offload<gpu::kurtosis_func_user_mean, 1>(list, "kurtosis_func_user_mean");
+    add<gpu::variation_func_fast, 1, true, false>(list);
+    add<gpu::skewness_func_fast, 1, true, false>(list);
+    add<gpu::kurtosis_func_fast, 1, true, false>(list);
+    add<gpu::variation_func_user_mean, 1, true, true>(list);
+    add<gpu::skewness_func_user_mean, 1, true, true>(list);
+    add<gpu::kurtosis_func_user_mean, 1, true, true>(list);
 }
 
 } // namespace sweep

@@ -34,12 +34,10 @@ struct kernel_case {
 
 using case_list = std::vector<kernel_case>;
 
-void add_minmax(case_list& list);
-void add_raw(case_list& list);
+void add_raw(case_list& list); ///< and extremes
 void add_central(case_list& list);
 void add_shapes(case_list& list);
-void add_extended_central(case_list& list);
-void add_extended_shapes(case_list& list);
+void add_extended(case_list& list);
 
 template <typename T>
 using arrays = std::vector<std::vector<T>>;
