@@ -6,24 +6,17 @@ Needs root and a package mirror. The Debian goes when the test ends, or if it wa
 import os
 import pathlib
 import shutil
-import subprocess
 import unittest
 
 import consumer
 import packages
+from command import run
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 BUILD = SOURCE / "build" / "package"  # of the preset
 RELEASE = "bookworm"
 # What the users of the packages have besides them.
 TOOLS = "g++,cmake,make,pkgconf,ca-certificates"
-
-
-def run(*command):
-    done = subprocess.run([str(word) for word in command], text=True, capture_output=True)
-    if done.returncode != 0:
-        raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout[-6000:]}{done.stderr[-6000:]}")
-    return done.stdout
 
 
 def mirror():

@@ -6,27 +6,15 @@ import os
 import pathlib
 import re
 import shutil
-import subprocess
 import sys
 import tempfile
 import unittest
 
 import consumer
+from command import run
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
-# Where programs would find other libraries than those of the prefix.
-FOREIGN_VARIABLES = ("LD_LIBRARY_PATH", "LIBRARY_PATH", "CPATH", "CMAKE_PREFIX_PATH", "PKG_CONFIG_PATH")
 options = argparse.Namespace()
-
-
-def run(*command, **environment):
-    inherited = {name: value for name, value in os.environ.items() if name not in FOREIGN_VARIABLES}
-    done = subprocess.run(
-        [str(word) for word in command], text=True, capture_output=True, timeout=300, env={**inherited, **environment}
-    )
-    if done.returncode != 0:
-        raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
-    return done.stdout
 
 
 class Install(unittest.TestCase):

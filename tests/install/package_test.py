@@ -2,23 +2,16 @@
 
 import argparse
 import pathlib
-import subprocess
 import sys
 import tempfile
 import unittest
 
 import consumer
 import packages
+from command import run
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 options = argparse.Namespace()
-
-
-def run(*command):
-    done = subprocess.run([str(word) for word in command], text=True, capture_output=True, timeout=500)
-    if done.returncode != 0:
-        raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout[-6000:]}{done.stderr[-6000:]}")
-    return done.stdout
 
 
 class Package(unittest.TestCase):
