@@ -139,7 +139,8 @@ def growth_behind(results):
         for name, _, ours, alone, peer, ratio in growth_rows(g["observations"] + g["dimensions"]):
             if float(ratio) < 1:
                 lost.append(f"- {name}, {g['threads']} threads: {peer} ns per element, we take {ours}; the computation alone "
-                            f"takes {alone}.")
+                            f"takes {alone}. Fewer than 131,072 elements are left to one thread, since a team that sleeps "
+                            "takes longer to wake.")
     return lost
 
 
