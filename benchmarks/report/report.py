@@ -13,6 +13,7 @@ import sys
 import charts
 
 SIDES = ("USM", "buffer", "loop", "Eigen", "Armadillo", "GSL", "Boost", "NumPy", "SciPy")
+TEAM_ELEMENTS = 131072  # parallel_elements of the CPU component
 QUANTITIES = ("mean", "sd", "skewness", "kurtosis", "raw sums", "central sums")
 
 
@@ -133,14 +134,21 @@ def behind(page, results):
     page.paragraph("\n".join(lost) if lost else "In no row of this page.")
 
 
+def reason_of_growth(name, threads):
+    dims, _, observations, _ = name.split()
+    if threads > 1 and int(dims) * int(observations) < TEAM_ELEMENTS:
+        return (f" Fewer than {TEAM_ELEMENTS:,} elements are left to one thread, since a team that sleeps takes longer to "
+                "wake.")
+    return ""
+
+
 def growth_behind(results):
     lost = []
     for g in results.growth:
         for name, _, ours, alone, peer, ratio in growth_rows(g["observations"] + g["dimensions"]):
             if float(ratio) < 1:
                 lost.append(f"- {name}, {g['threads']} threads: {peer} ns per element, we take {ours}; the computation alone "
-                            f"takes {alone}. Fewer than 131,072 elements are left to one thread, since a team that sleeps "
-                            "takes longer to wake.")
+                            f"takes {alone}.{reason_of_growth(name, g['threads'])}")
     return lost
 
 
