@@ -107,6 +107,33 @@ TYPED_TEST(reproducibility, columns_may_change_places) {
     }
 }
 
+/// The masked column lies where nothing may be read.
+TYPED_TEST(reproducibility, masked_columns_are_not_read) {
+    const std::size_t page = 4096;
+    void* const memory = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    ASSERT_EQ(mprotect(static_cast<char*>(memory) + page, page, PROT_NONE), 0);
+    auto* const data = static_cast<TypeParam*>(memory);
+    const std::int64_t n = 256, read = static_cast<std::int64_t>(page / sizeof(TypeParam)) / n,
+                       dims = read + 1;
+    for (std::int64_t i = 0; i < read * n; ++i) {
+        data[i] = static_cast<TypeParam>(i % n);
+    }
+    std::vector<std::int64_t> mask(static_cast<std::size_t>(dims), 1);
+    mask.back() = 0;
+    std::vector<TypeParam> mean(static_cast<std::size_t>(dims), -1);
+    const std::int64_t storage = TSB_SS_STORAGE_BY_DIMENSION;
+    void* task = nullptr;
+    ASSERT_EQ(api<TypeParam>::make(&task, &dims, &n, &storage, data, nullptr, mask.data()), TSB_SS_OK);
+    api<TypeParam>::edit(task, TSB_SS_PARAM_MEAN, mean.data());
+    EXPECT_EQ(api<TypeParam>::compute(task, TSB_SS_EST_MEAN, TSB_SS_METHOD_FAST), TSB_SS_OK);
+    tsbSSDeleteTask(&task);
+    for (std::int64_t d = 0; d < dims; ++d) {
+        EXPECT_EQ(mean[static_cast<std::size_t>(d)], d < read ? TypeParam(127.5) : TypeParam(-1));
+    }
+    munmap(memory, 2 * page);
+}
+
 // More elements than 32 bits count, in memory that exists only where it is touched: a mask leaves out the
 // rest.
 void check_last_dimension(std::int64_t dims, std::int64_t n, std::int64_t storage) {

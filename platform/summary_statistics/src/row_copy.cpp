@@ -19,15 +19,29 @@ void copy_columns(const T* first, std::int64_t observations, T* __restrict rows,
     }
 }
 
+/// Masked columns are not read, and become zeros.
+template <class T>
+void copy_column_of(const problem& p, std::int64_t d, T* rows) {
+    const auto* const columns = static_cast<const T*>(p.observations);
+    if (p.mask.includes(d)) {
+        copy_columns<1>(columns + d * p.n_observations, p.n_observations, rows + d, p.n_dims);
+        return;
+    }
+    for (std::int64_t i = 0; i < p.n_observations; ++i) {
+        rows[i * p.n_dims + d] = 0;
+    }
+}
+
 template <class T>
 void copy_elements(const problem& p, T* rows) {
     const auto* const columns = static_cast<const T*>(p.observations);
+    constexpr std::int64_t together = 4;
     std::int64_t d = 0;
-    for (; d + 4 <= p.n_dims; d += 4) {
-        copy_columns<4>(columns + d * p.n_observations, p.n_observations, rows + d, p.n_dims);
+    for (; p.mask.entries == nullptr && d + together <= p.n_dims; d += together) {
+        copy_columns<together>(columns + d * p.n_observations, p.n_observations, rows + d, p.n_dims);
     }
     for (; d < p.n_dims; ++d) {
-        copy_columns<1>(columns + d * p.n_observations, p.n_observations, rows + d, p.n_dims);
+        copy_column_of(p, d, rows);
     }
 }
 
