@@ -1,5 +1,6 @@
 #include "support/devices.hpp"
 
+#include <stats/make_partials.hpp>
 #include <stats/stats.hpp>
 
 #include <chrono>
@@ -122,6 +123,25 @@ TEST(dependencies, every_usm_form_reads_its_data_after_them) {
             EXPECT_TRUE(std::equal(out, out + 8, out + 10));
             EXPECT_NE(out[0], -1);
         }
+        sycl::free(x, queue);
+    }
+}
+
+TEST(dependencies, of_partials_are_over_before_data_and_weights_are_read) {
+    for (const auto& device : devices()) {
+        sycl::queue queue(device);
+        double* const x = sycl::malloc_shared<double>(20, queue);
+        std::fill_n(x, 20, -1);
+        std::promise<void> gate;
+        const auto before = closed_by(gate, queue, [x](auto&) { return [x] { std::fill_n(x, 20, 2); }; });
+        auto call = std::async(std::launch::async, [&] {
+            return stats::make_partials(queue, stats::make_dataset<rows>(1, 10, x, x + 10), {before})[0];
+        });
+        EXPECT_TRUE(waits(call));
+        gate.set_value();
+        const stats::partial made = call.get();
+        EXPECT_EQ(made.weight, 20);
+        EXPECT_EQ(made.raw_sum[0], 40);
         sycl::free(x, queue);
     }
 }

@@ -160,9 +160,8 @@ TYPED_TEST(reproducibility, the_floating_point_environment_of_the_caller_changes
             results<TypeParam> got(dims);
             std::thread([&] {
                 omp_set_num_threads(threads);
-                environment.set();
 #pragma omp parallel
-                {} // starts the team, whose threads inherit the environment
+                environment.set();
                 const auto before = environment_words();
                 got = run(m, every_estimate);
                 const auto after = environment_words();
