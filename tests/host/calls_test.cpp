@@ -1,6 +1,7 @@
 #include "failing_allocation.hpp"
 #include "recording_component.hpp"
 
+#include <host/functors.hpp>
 #include <stats/make_partials.hpp>
 #include <stats/stats.hpp>
 #include <support/devices.hpp>
@@ -69,6 +70,30 @@ void expect_calls(const Call& call, const calls& in_both) {
 }
 
 #define ON(...) [](auto& x) { stats::__VA_ARGS__; }
+
+// Functors are made of buffers, with the spares behind the arrays, or filled with pointers field by field.
+template <template <typename, bool> typename Func, typename... Method, std::size_t... i>
+constexpr bool takes(std::index_sequence<i...>) {
+    return std::is_constructible_v<Func<double, false>,
+                                   decltype(static_cast<void>(i), std::declval<buffer>())..., Method...> &&
+           std::is_aggregate_v<Func<double, true>> && !std::is_polymorphic_v<Func<double, false>>;
+}
+#define TAKES(FUNC, N_BUFFERS, ...)                                                                          \
+    static_assert(                                                                                           \
+        takes<stats::detail::cpu::FUNC __VA_OPT__(, ) __VA_ARGS__>(std::make_index_sequence<N_BUFFERS>()))
+TAKES(max_func, 1, long);
+TAKES(min_func, 1, long);
+TAKES(min_max_func, 2, long);
+TAKES(mean_func, 1, long);
+TAKES(raw_sum_func, 4 + 3, long);
+TAKES(raw_moment_func, 4 + 3, long);
+TAKES(central_sum_func_fast, 7 + 2);
+TAKES(central_sum_func, 4 + 2, long);
+TAKES(central_moment_func, 7 + 2, long);
+TAKES(variation_func, 4, long);
+TAKES(skewness_func, 6, long);
+TAKES(kurtosis_func, 7, long);
+#undef TAKES
 
 } // namespace
 
