@@ -125,7 +125,8 @@ TEST_F(statuses, of_compute_write_nothing) {
     expect_untouched();
 }
 
-#ifndef __SANITIZE_ADDRESS__ // which ends the process for such a request
+#if !defined(__SANITIZE_ADDRESS__) &&                                                                        \
+    !defined(__SANITIZE_THREAD__) // which end the process for such a request
 TEST_F(statuses, of_scratch_beyond_the_address_space) {
     storage = TSB_SS_STORAGE_BY_OBSERVATION;
     dims = std::int64_t{1} << 39;
