@@ -17,7 +17,7 @@ std::shared_ptr<command> use_on_host(const requirement& use, command::action act
     auto holder = std::make_shared<command>(nullptr);
     holder->keep(use.buffer);
     holder->set_action(std::move(action));
-    holder->submit({}, {}, {use}, {});
+    holder->submit({}, nullptr, {use}, {});
     return holder;
 }
 

@@ -64,7 +64,7 @@ void command::set_host_task(std::unique_ptr<host_task_box> task) {
 }
 
 void command::submit(const std::vector<std::shared_ptr<command>>& needed,
-                     const std::vector<std::shared_ptr<command>>& earlier,
+                     const std::shared_ptr<command>& earlier,
                      const std::vector<requirement>& requirements, const memory_space& space) {
     const auto self = shared_from_this();
     try {
@@ -83,16 +83,14 @@ void command::submit(const std::vector<std::shared_ptr<command>>& needed,
 /// Whether the command starts now: nothing is unmet, or the back end itself waits for what is. Of the unmet
 /// dependencies the initial one stays then, so that nothing else starts the command.
 bool command::enter_graph(const std::vector<std::shared_ptr<command>>& needed,
-                          const std::vector<std::shared_ptr<command>>& earlier,
+                          const std::shared_ptr<command>& earlier,
                           const std::vector<requirement>& requirements, const memory_space& space) {
     const movers_to_start movers;
     const std::lock_guard guard(graph_lock());
     for (const auto& other : needed) {
         depend_on(other, true);
     }
-    for (const auto& other : earlier) {
-        depend_on(other, false);
-    }
+    depend_on(earlier, false);
     for (const auto& use : requirements) {
         use.buffer->order(use, space, shared_from_this(), movers.list);
     }

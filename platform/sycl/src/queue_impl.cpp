@@ -53,7 +53,7 @@ std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>&
     }
     const auto previous = enqueue(made);
     try {
-        made->submit(description.dependencies(), {previous}, description.requirements(), description.space());
+        made->submit(description.dependencies(), previous, description.requirements(), description.space());
     } catch (...) {
         const std::lock_guard guard(lock_);
         last_ = previous; // the next one of an in-order queue follows that
