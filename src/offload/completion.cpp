@@ -128,8 +128,8 @@ cl_event qtx_tb_omp_get_native(sycl::event e) { // NOLINT(performance-unnecessar
 
 void CL_CALLBACK qtx_tb_omp_cl_callback_completed(cl_event event, cl_int status, void* interop) {
     if (status != CL_COMPLETE) {
-        qtx_serv_fprintf_s(stderr, "Qtx Stats: no completion for interop object %p: OpenCL status %d\n", interop,
-                           status);
+        qtx_serv_fprintf_s(stderr, "Qtx Stats: no completion for interop object %p: OpenCL status %d\n",
+                           interop, status);
         return;
     }
     const completion_routine routine = routine_of(interop);

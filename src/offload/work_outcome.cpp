@@ -40,8 +40,9 @@ void work_outcome::require_success() {
         own_queue_->throw_asynchronous();
         error_->rethrow();
     } else if (confirmed_ != nullptr && !*confirmed_) {
-        throw sycl::exception(sycl::errc::runtime,
-                              "the work failed while it ran; the handler of the caller's queue gets the error");
+        throw sycl::exception(
+            sycl::errc::runtime,
+            "the work failed while it ran; the handler of the caller's queue gets the error");
     }
 }
 

@@ -65,7 +65,8 @@ TEST(lookup, has_no_id_when_the_first_property_throws) {
     const test::interop_object interop(omptarget_interop_create_sycl(nullptr));
     int id = -77;
     qtx_omp_load_lib();
-    const auto entry = std::exchange(qtx_fp_omp_get_interop_int, [](void*, int, int*) -> std::intptr_t { throw 1; });
+    const auto entry =
+        std::exchange(qtx_fp_omp_get_interop_int, [](void*, int, int*) -> std::intptr_t { throw 1; });
     EXPECT_THROW(qtx_tb_omp_get_openmp_queue(interop.get(), id), int);
     qtx_fp_omp_get_interop_int = entry;
     EXPECT_EQ(id, 0);

@@ -64,8 +64,8 @@ void command::set_host_task(std::unique_ptr<host_task_box> task) {
 }
 
 void command::submit(const std::vector<std::shared_ptr<command>>& needed,
-                     const std::shared_ptr<command>& earlier,
-                     const std::vector<requirement>& requirements, const memory_space& space) {
+                     const std::shared_ptr<command>& earlier, const std::vector<requirement>& requirements,
+                     const memory_space& space) {
     const auto self = shared_from_this();
     try {
         if (enter_graph(needed, earlier, requirements, space)) {

@@ -54,9 +54,8 @@ public:
      * command with, if that is known at once. A refused command never runs and changes no buffer; it ends when the
      * commands before it are over, because others may have been ordered behind it in the meantime.
      */
-    void submit(const std::vector<std::shared_ptr<command>>& needed,
-                const std::shared_ptr<command>& earlier, const std::vector<requirement>& requirements,
-                const memory_space& space);
+    void submit(const std::vector<std::shared_ptr<command>>& needed, const std::shared_ptr<command>& earlier,
+                const std::vector<requirement>& requirements, const memory_space& space);
 
     /// Starts a command that was entered by order_after() alone, as soon as its dependencies allow.
     void release();
@@ -115,8 +114,8 @@ private:
 
     void depend_on(const std::shared_ptr<command>& other, bool needs_success);
     bool enter_graph(const std::vector<std::shared_ptr<command>>& needed,
-                     const std::shared_ptr<command>& earlier,
-                     const std::vector<requirement>& requirements, const memory_space& space);
+                     const std::shared_ptr<command>& earlier, const std::vector<requirement>& requirements,
+                     const memory_space& space);
     void withdraw();
     void end_withdrawn();
     void prepare_native_events();

@@ -55,7 +55,8 @@ void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
 
 cl_int execution_status(cl_event native) {
     cl_int status = CL_COMPLETE;
-    const cl_int asked = clGetEventInfo(native, CL_EVENT_COMMAND_EXECUTION_STATUS, sizeof status, &status, nullptr);
+    const cl_int asked =
+        clGetEventInfo(native, CL_EVENT_COMMAND_EXECUTION_STATUS, sizeof status, &status, nullptr);
     return asked == CL_SUCCESS ? status : asked;
 }
 

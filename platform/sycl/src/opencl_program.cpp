@@ -85,7 +85,8 @@ std::shared_ptr<built_kernel> build(cl_context context, const device& target, co
 }
 
 /// Compilers need more stack than the caller's thread may have, so that they get a thread of the default size.
-std::shared_ptr<built_kernel> build_with_room(cl_context context, const device& target, const kernel_image& image) {
+std::shared_ptr<built_kernel> build_with_room(cl_context context, const device& target,
+                                              const kernel_image& image) {
     std::future<std::shared_ptr<built_kernel>> result;
     try {
         result = std::async(std::launch::async, [&] { return build(context, target, image); });
