@@ -34,6 +34,10 @@ elseif(NOT QTX_SANITIZE STREQUAL "")
 endif()
 if(qtx_sanitizers)
   add_compile_options(-fsanitize=${qtx_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  if(QTX_SANITIZE STREQUAL "address")
+    # These checks of every access take a third of the compile time; the address sanitizer sees most of what they see.
+    add_compile_options(-fno-sanitize=null,alignment,object-size,vptr)
+  endif()
   add_link_options(-fsanitize=${qtx_sanitizers})
   # Sanitized objects leave symbols to the run-time library of the executable.
   set_property(DIRECTORY PROPERTY LINK_OPTIONS -fsanitize=${qtx_sanitizers} -Wl,--as-needed)
