@@ -6,9 +6,17 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
-set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+# The build is laid out as the prefix: what is installed finds its libraries by one path in both places. CMake would pad
+# a path that it has to replace with colons, and an empty element of a path is the working directory.
+foreach(folder BINDIR LIBDIR)
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${folder}}")
+    message(FATAL_ERROR "CMAKE_INSTALL_${folder} is '${CMAKE_INSTALL_${folder}}'; it takes a folder below the prefix")
+  endif()
+endforeach()
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_BINDIR})
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
 find_package(Threads REQUIRED)
 
@@ -34,6 +42,10 @@ elseif(NOT QTX_SANITIZE STREQUAL "")
 endif()
 if(qtx_sanitizers)
   add_compile_options(-fsanitize=${qtx_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  if(QTX_SANITIZE STREQUAL "address")
+    # These checks of every access take a third of the compile time; the address sanitizer sees most of what they see.
+    add_compile_options(-fno-sanitize=null,alignment,object-size,vptr)
+  endif()
   add_link_options(-fsanitize=${qtx_sanitizers})
   # Sanitized objects leave symbols to the run-time library of the executable.
   set_property(DIRECTORY PROPERTY LINK_OPTIONS -fsanitize=${qtx_sanitizers} -Wl,--as-needed)

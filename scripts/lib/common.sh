@@ -29,25 +29,62 @@ install_packages() {
     local missing
     missing=$(missing_packages)
     [ -n "$missing" ] || return 0
+    local started=$SECONDS
     say "Installing: $(echo $missing)"
     as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
     # shellcheck disable=SC2086
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
+    phase "Installed $(echo "$missing" | wc -w) packages" "$started"
 }
 
-# build PRESET [TARGET...]: configures the preset's folder and builds the targets in it, or all.
-build() {
-    local preset=$1
+# phase WHAT STARTED: one line for a piece of work that has ended, with its seconds.
+phase() { printf '%6d s  %s\n' $((SECONDS - $2)) "$1"; }
+
+# The processor time of all children so far.
+processor_seconds() {
+    times | tail -1 | awk '{ split($1, u, /[ms]/); split($2, s, /[ms]/); printf "%d", (u[1] + s[1]) * 60 + u[2] + s[2] }'
+}
+
+# configure PRESET [OPTION...]: makes the preset's folder, or brings it up to date.
+configure() {
+    local preset=$1 log="$root/build/$1.configure.log"
     shift
-    say "Building ($preset)"
-    cmake --preset "$preset" -S "$root" >"$root/build/$preset.configure.log" 2>&1 || {
-        cat "$root/build/$preset.configure.log"
+    cmake --preset "$preset" -S "$root" "$@" >"$log" 2>&1 || {
+        cat "$log"
         return 1
     }
-    grep -E '^-- (qtx|WARNING)|^CMake Warning' -A3 "$root/build/$preset.configure.log" || true
-    local target targets=()
+    grep -E '^-- (qtx|WARNING)|^CMake Warning' -A3 "$log" || true
+}
+
+# Ninja's lines as they come: on a terminal over each other, else one every half minute. What is no progress is an error.
+show_progress() {
+    local line last=$SECONDS
+    while IFS= read -r line; do
+        if [[ $line != "["*/*"]"* ]]; then
+            printf '%s\n' "$line"
+        elif [ -t 1 ]; then
+            printf '\r\033[K          %.100s' "$line"
+        elif ((SECONDS - last >= 30)); then
+            last=$SECONDS
+            printf '          %.100s\n' "$line"
+        fi
+    done
+    if [ -t 1 ]; then
+        printf '\r\033[K'
+    fi
+}
+
+# build PRESET [TARGET...]: builds the targets in the preset's folder, or all.
+build() {
+    local preset=$1 started=$SECONDS target targets=()
+    shift
+    [ -f "$root/build/$preset/build.ninja" ] || configure "$preset"
     for target in "$@"; do
         targets+=(--target "$target")
     done
-    cmake --build "$root/build/$preset" "${targets[@]}" -- --quiet
+    cmake --build "$root/build/$preset" "${targets[@]}" 2>&1 | show_progress || {
+        phase "FAILED to build $preset" "$started"
+        return 1
+    }
+    phase "Built $preset${*:+: $*}" "$started"
 }

@@ -25,8 +25,8 @@ struct basic_scratch {
     /** \param row may be 0 if the scratch is not going to be used */
     template <typename Helper>
     basic_scratch(const Helper& helper, std::uint64_t n_blocks, std::uint64_t row)
-        : block_stride(helper.n_dims * row),
-          sums(sycl::range<1>(std::max<std::uint64_t>(n_blocks * block_stride, 1))),
+        : block_stride(scratch_size(helper.n_dims, row)),
+          sums(sycl::range<1>(std::max<std::uint64_t>(scratch_size(n_blocks, block_stride), 1))),
           weight_sums(weight_range(helper.has_weights, row)),
           weight_square_sums(weight_range(helper.has_weights, row)) {}
 
@@ -134,8 +134,7 @@ sycl::event submit_basic(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> data
 /**
  * \brief Computes an estimate of a dataset in unified shared memory, after \p dependencies, for which the
  * calling thread waits. The kernels may still run on return.
- * \param mean pointer to the caller's mean of each
- * dimension, for functors that take one, else nothing
+ * \param mean pointer to the caller's mean of each dimension, for functors that take one, else nothing
  * \return the event of the last launch
  */
 template <bool index_64 = true, typename T, layout L, typename Functor, typename... Mean>

@@ -12,6 +12,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
 
 namespace aurelo::qtx::stats::detail::gpu {
 
@@ -22,9 +25,20 @@ inline constexpr bool is_row_layout = L == layout::by_dimension;
  * \brief The plan of a dataset on the queue's device, by its work-group limit in full.
  * \throws invalid_argument, with the estimate as function word, for counts below 1, and for more than one
  * observation on a device whose work-group limit is 1, where no pass would shorten a row
+ * \throws sycl::exception of `errc::nd_range` for a first pass of 2^31 work-items or more: before there is scratch, which
+ * run-times are asked for earlier than for the launch
  */
 launch_plan plan_for(const sycl::queue& queue, std::int64_t n_dims, std::int64_t n_observations,
                      const char* estimate);
+
+/**
+ * \brief Elements of \p n_rows rows of scratch of \p row elements. Saturates, at a size that no memory has: an
+ * allocation of it is refused.
+ */
+constexpr std::uint64_t scratch_size(std::uint64_t n_rows, std::uint64_t row) {
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    return row == 0 || n_rows <= largest / row ? n_rows * row : largest;
+}
 
 /** \brief Launches a kernel object under its own type as name. */
 template <typename Kernel>
@@ -43,6 +57,32 @@ void require_data(sycl::handler& handler, const Helper& helper, const Functor& f
 }
 
 /**
+ * \brief While one lives, it collects the events of all passes that its thread submits for plans of several.
+ *
+ * Passes are ordered by accessors or by waits of the host. Neither carries a failure on, so that the event of the last
+ * pass does not tell whether an earlier one failed.
+ */
+class pass_events {
+public:
+    pass_events();
+    ~pass_events();
+    pass_events(const pass_events&) = delete;
+    pass_events& operator=(const pass_events&) = delete;
+
+    /** \brief That of the calling thread, or null. */
+    static pass_events* current();
+
+    /** \brief Makes room for \p n more, so that add() cannot fail while a pass is running. */
+    void reserve(std::size_t n) { events_.reserve(events_.size() + n); }
+    void add(const sycl::event& event) { events_.push_back(event); }
+    const std::vector<sycl::event>& list() const { return events_; }
+
+private:
+    std::vector<sycl::event> events_;
+    pass_events* const outer_;
+};
+
+/**
  * \brief Submits the passes of a plan of several, in order. \p steps has `first(pass)`, `intermediate(pass)`
  * and `last(pass)`, each of which submits one command and returns its event. If one cannot be submitted, those before it
  * no longer read the caller's pointers when the error leaves: the caller gets no event to wait for.
@@ -50,12 +90,24 @@ void require_data(sycl::handler& handler, const Helper& helper, const Functor& f
 template <typename Steps>
 sycl::event submit_passes(const launch_plan& plan, Steps& steps) {
     const auto& passes = plan.passes();
-    sycl::event newest = steps.first(passes.front());
+    pass_events* const collected = pass_events::current();
+    if (collected != nullptr) {
+        collected->reserve(passes.size());
+    }
+    sycl::event newest;
+    const auto submitted = [&](sycl::event event) {
+        newest = std::move(event);
+        if (collected != nullptr) {
+            collected->add(newest);
+        }
+    };
+    submitted(steps.first(passes.front()));
     try {
         for (std::size_t i = 1; i + 1 < passes.size(); ++i) {
-            newest = steps.intermediate(passes[i]);
+            submitted(steps.intermediate(passes[i]));
         }
-        return steps.last(passes.back());
+        submitted(steps.last(passes.back()));
+        return newest;
     } catch (...) {
         if constexpr (Steps::usm) {
             newest.wait();

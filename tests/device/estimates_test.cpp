@@ -26,7 +26,7 @@ void expect_all_estimates(sycl::queue& queue, std::size_t wg, std::size_t n) {
                 .n_observations = n, .weights = weights, .mask = mask, .own_mean = own_mean, .seed = ++seed};
             const auto data = test::make<T>(recipe);
             const auto oracles = test::oracles_of(data, wg);
-            for (const auto& how : test::arrangements) {
+            for (const auto& how : test::arrangements_on<T>(queue)) {
                 SCOPED_TRACE(recipe.text() + ", " + how.text());
                 for (const auto& each : test::estimates<T>()) {
                     test::for_each_result(each, each.run(queue, how, data), data, oracles,
@@ -110,7 +110,7 @@ TEST_P(estimates, extremes_in_any_place_of_rows_of_one_sign_with_infinities_and_
 TEST_P(estimates, a_nan_stays_in_its_dimension) {
     auto data = test::make<float>({.n_dims = 3, .n_observations = wg() + 1});
     data.values[data.n_observations + wg()] = std::numeric_limits<float>::quiet_NaN();
-    for (const auto& how : test::arrangements) {
+    for (const auto& how : test::arrangements_on<float>(queue)) {
         const auto kurtosis = test::run<float, 1>(queue, how, data, {true}, test::call::kurtosis)[0];
         EXPECT_FALSE(std::isnan(kurtosis[0])) << how.text();
         EXPECT_TRUE(std::isnan(kurtosis[1])) << how.text();
@@ -123,7 +123,7 @@ TEST_P(estimates, the_standard_method_gives_the_bits_of_the_fast_one) {
     const auto standard = [](sycl::queue& q, const auto& set, const auto& out) {
         return test::stats::kurtosis<test::stats::method::standard>(q, set, out);
     };
-    for (const auto& how : test::arrangements) {
+    for (const auto& how : test::arrangements_on<double>(queue)) {
         EXPECT_EQ((test::run<double, 1>(queue, how, data, {true}, standard)[0]),
                   (test::run<double, 1>(queue, how, data, {true}, test::call::kurtosis)[0]))
             << how.text();

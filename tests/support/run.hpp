@@ -3,9 +3,11 @@
 #include "host_dataset.hpp"
 
 #include <array>
+#include <cstdlib>
 #include <memory>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace test {
 
@@ -143,6 +145,16 @@ inline const std::vector<arrangement> arrangements{{layout::by_dimension, form::
                                                    {layout::by_dimension, form::usm},
                                                    {layout::by_observation, form::buffer},
                                                    {layout::by_observation, form::usm}};
+
+/// Those to run on \p queue: all, but one for each element type on an OpenCL device, whose driver compiles a kernel for a
+/// second. QTX_ALL_ARRANGEMENTS asks for all there, too.
+template <typename T>
+std::vector<arrangement> arrangements_on(const sycl::queue& queue) {
+    if (queue.get_backend() != sycl::backend::opencl || std::getenv("QTX_ALL_ARRANGEMENTS") != nullptr) {
+        return arrangements;
+    }
+    return {std::is_same_v<T, float> ? arrangements.front() : arrangements.back()};
+}
 
 /// Runs an estimate, given as a generic callable, in one of the arrangements.
 template <typename T, std::size_t n, typename Estimate>

@@ -5,8 +5,11 @@
 #include "host_threads.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <limits>
 #include <new>
+#include <string>
 
 namespace sycl::detail {
 
@@ -14,14 +17,29 @@ namespace {
 
 constexpr std::size_t host_alignment = 64;
 
+/// No object has more bytes, and the C++ library's rounding of larger sizes overflows.
+constexpr std::size_t most_bytes = std::numeric_limits<std::ptrdiff_t>::max();
+
+/// Null if there is not as much.
 void* allocate_on_host(std::size_t bytes) {
-    return ::operator new(bytes, std::align_val_t(host_alignment));
+    return bytes > most_bytes ? nullptr
+                              : ::operator new(bytes, std::align_val_t(host_alignment), std::nothrow);
+}
+
+[[noreturn]] void throw_no_memory(std::size_t bytes, const std::string& where) {
+    const bool saturated = bytes == std::numeric_limits<std::size_t>::max();
+    throw exception(errc::memory_allocation, "no memory for a buffer of " +
+                                                 (saturated ? "2^64 or more" : std::to_string(bytes)) +
+                                                 " bytes on " + where);
 }
 
 } // namespace
 
 buffer_impl::buffer_impl(std::size_t bytes, void* host) : bytes_(bytes) {
     if (host != nullptr) {
+        if (bytes > most_bytes) {
+            throw_no_memory(bytes, "the host");
+        }
         copies_.push_back(std::make_unique<copy>(copy{{}, host, false, true, nullptr}));
     }
 }
@@ -43,12 +61,17 @@ void buffer_impl::mark_valid_on_host() {
 void buffer_impl::order(const requirement& use, const memory_space& space,
                         const std::shared_ptr<command>& user, std::vector<std::shared_ptr<command>>& movers) {
     forget_completed();
+    users_.reserve(users_.size() + 1); // nothing fails once the buffer has changed
     copy& target = copy_in(space);
     if (use.reads()) {
         bring_contents(target, movers);
         user->order_after(target.producer);
     }
     if (use.writes()) {
+        const copy* const source = use.reads() ? nullptr : other_valid_copy(target);
+        if (source != nullptr) {
+            user->restore_if_refused(shared_from_this(), target.memory, source->memory);
+        }
         become_writer(target, user);
     }
     users_.push_back(user);
@@ -69,13 +92,11 @@ buffer_impl::copy& buffer_impl::copy_in(const memory_space& space) {
 
 void* buffer_impl::allocate(const memory_space& space) const {
     const std::size_t bytes = std::max<std::size_t>(bytes_, 1);
-    if (space.context == nullptr) {
-        return allocate_on_host(bytes);
-    }
-    void* memory = space.context->allocate(usm::alloc::device, bytes, 0, *space.device);
+    const bool on_host = space.context == nullptr;
+    void* const memory = on_host ? allocate_on_host(bytes)
+                                 : space.context->allocate(usm::alloc::device, bytes, 0, *space.device);
     if (memory == nullptr) {
-        throw exception(errc::memory_allocation, "no memory for a buffer of " + std::to_string(bytes_) +
-                                                     " bytes on " + space.device->facts().name);
+        throw_no_memory(bytes_, on_host ? "the host" : space.device->facts().name);
     }
     return memory;
 }
@@ -91,19 +112,28 @@ void buffer_impl::free(const copy& old) const {
     }
 }
 
+/// Where the contents are if \p target does not have them; null if it has, or if nothing was ever written.
+const buffer_impl::copy* buffer_impl::other_valid_copy(const copy& target) const {
+    if (target.valid) {
+        return nullptr;
+    }
+    const auto found =
+        std::find_if(copies_.begin(), copies_.end(), [](const auto& each) { return each->valid; });
+    return found == copies_.end() ? nullptr : found->get();
+}
+
 void buffer_impl::bring_contents(copy& target, std::vector<std::shared_ptr<command>>& movers) {
     if (target.valid) {
         return;
     }
-    const auto found = std::find_if(copies_.begin(), copies_.end(),
-                                    [&](const auto& each) { return each->valid && each.get() != &target; });
-    if (found == copies_.end()) {
+    const copy* const source = other_valid_copy(target);
+    if (source == nullptr) {
         target.valid = true; // never written: there is nothing to bring
         return;
     }
-    users_.reserve(users_.size() + 1);
+    users_.reserve(users_.size() + 2); // the mover, then the user
     movers.reserve(movers.size() + 1);
-    const auto mover = make_mover(target, **found);
+    const auto mover = make_mover(target, *source);
     target.producer = mover;
     target.valid = true;
     users_.push_back(mover);
@@ -141,6 +171,24 @@ void buffer_impl::become_writer(copy& target, const std::shared_ptr<command>& us
     }
     target.valid = true;
     target.producer = user;
+}
+
+const void* buffer_impl::wait_for_contents() {
+    for (;;) {
+        std::shared_ptr<command> pending;
+        {
+            const std::lock_guard guard(graph_lock());
+            const auto found = std::find_if(users_.begin(), users_.end(),
+                                            [](const auto& each) { return !each->complete(); });
+            if (found == users_.end()) {
+                const auto valid = std::find_if(copies_.begin(), copies_.end(),
+                                                [](const auto& each) { return each->valid; });
+                return valid == copies_.end() ? nullptr : (*valid)->memory;
+            }
+            pending = *found;
+        }
+        pending->wait();
+    }
 }
 
 void buffer_impl::forget_completed() {

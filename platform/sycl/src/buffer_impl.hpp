@@ -39,7 +39,7 @@ struct requirement {
 class buffer_impl : public std::enable_shared_from_this<buffer_impl> {
 public:
     /// \p host may be null; otherwise it is the copy on the host, valid from the start and owned by the
-    /// caller.
+    /// caller. Throws errc::memory_allocation if no memory can be as large.
     buffer_impl(std::size_t bytes, void* host);
     ~buffer_impl();
     buffer_impl(const buffer_impl&) = delete;
@@ -47,9 +47,14 @@ public:
 
     std::size_t bytes() const { return bytes_; }
 
-    /// The address in \p space; memory is allocated there if the buffer has none yet.
+    /// The address in \p space; memory is allocated there if the buffer has none yet. Throws
+    /// errc::memory_allocation if there is not as much.
     void* address(const memory_space& space);
     void mark_valid_on_host();
+
+    /// Without the graph lock: blocks until no command uses the buffer, and returns its contents, which the host can
+    /// read wherever they are; null if nothing was ever written. Allocates nothing.
+    const void* wait_for_contents();
 
     /**
      * Orders \p user behind the commands that its use conflicts with, brings the contents to its space if
@@ -71,6 +76,7 @@ private:
     copy& copy_in(const memory_space& space);
     void* allocate(const memory_space& space) const;
     void free(const copy& old) const;
+    const copy* other_valid_copy(const copy& target) const;
     void bring_contents(copy& target, std::vector<std::shared_ptr<command>>& movers);
     std::shared_ptr<command> make_mover(const copy& target, const copy& source);
     void become_writer(copy& target, const std::shared_ptr<command>& user);
