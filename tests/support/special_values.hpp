@@ -67,7 +67,8 @@ inline std::vector<special_case> special_cases() {
 inline void expect_special_values(sycl::queue& queue) {
     for (const auto& each : estimates<double>()) {
         for (const auto& [data, name, expected] : special_cases()) {
-            for (const auto& how : each.name == name ? arrangements_on<double>(queue) : std::vector<arrangement>()) {
+            for (const auto& how :
+                 each.name == name ? arrangements_on<double>(queue) : std::vector<arrangement>()) {
                 const auto outputs = each.run(queue, how, data);
                 for (std::size_t k = 0; k < expected.size(); ++k) {
                     const double got = outputs[k][0];
