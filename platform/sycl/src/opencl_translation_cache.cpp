@@ -86,16 +86,17 @@ std::optional<std::string> translation_cache::find(const std::string& key) {
     std::optional<std::string> result;
     attempt([&] {
         const auto* const place = folder(private_folder::when_missing::stop);
-        auto contents = place == nullptr ? std::nullopt : place->read(key);
-        if (!contents) {
+        result = place == nullptr ? std::nullopt : place->read(key);
+        if (!result) {
             return;
         }
-        const std::string expected = contents->substr(0, digest_length);
-        contents->erase(0, digest_length);
-        if (expected != digest(contents->data(), contents->size())) {
+        std::string& contents = *result;
+        const std::string expected = contents.substr(0, digest_length);
+        contents.erase(0, digest_length);
+        if (expected != digest(contents.data(), contents.size())) {
+            result.reset();
             throw std::runtime_error((path_ / key).string() + ": is damaged");
         }
-        result = std::move(contents);
     });
     return result;
 }
