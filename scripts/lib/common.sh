@@ -40,9 +40,9 @@ install_packages() {
 # phase WHAT STARTED: one line for a piece of work that has ended, with its seconds.
 phase() { printf '%6d s  %s\n' $((SECONDS - $2)) "$1"; }
 
-# The processor time of all children so far.
+# The processor time of all children so far. Reads a file, since a shell of its own would tell its own times.
 processor_seconds() {
-    times | tail -1 | awk '{ split($1, u, /[ms]/); split($2, s, /[ms]/); printf "%d", (u[1] + s[1]) * 60 + u[2] + s[2] }'
+    awk 'END { split($1, u, /[ms]/); split($2, s, /[ms]/); printf "%d", (u[1] + s[1]) * 60 + u[2] + s[2] }' "$1"
 }
 
 # configure PRESET [OPTION...]: makes the preset's folder, or brings it up to date.
