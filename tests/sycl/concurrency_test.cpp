@@ -86,6 +86,20 @@ TEST(concurrency, events_are_waited_for_by_many_while_they_complete) {
     }
 }
 
+TEST(concurrency, a_thread_that_waits_does_not_run_a_task_that_has_begun) {
+    sycl::queue queue(sycl::cpu_selector_v);
+    std::atomic<int> runs{0};
+    auto event = in_host_task(queue, [&] {
+        ++runs;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // time for the waiting thread to come
+    });
+    while (runs == 0) {
+        std::this_thread::yield();
+    }
+    event.wait();
+    EXPECT_EQ(runs, 1);
+}
+
 // A program that waits for every task runs them on its own thread, and the pool sleeps on.
 TEST(concurrency, a_task_that_nobody_waits_for_runs_after_many_that_were_waited_for) {
     sycl::queue queue(sycl::cpu_selector_v);
