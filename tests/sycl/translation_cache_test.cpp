@@ -123,7 +123,11 @@ TEST_F(translation_cache_test, uses_no_file_that_others_made_or_could_change_and
          }},
         {"damaged", [](const auto& entry) { fs::resize_file(entry, 0); }},
         {"damaged", [](const auto& entry) { fs::resize_file(entry, fs::file_size(entry) - 1); }},
-        {"damaged", [](const auto& entry) { write_file(entry, "?" + contents_of(entry).substr(1)); }}};
+        {"damaged", [](const auto& entry) {
+             std::string contents = contents_of(entry);
+             contents.front() = '?';
+             write_file(entry, contents);
+         }}};
     for (const auto& [words, spoil] : cases) {
         SCOPED_TRACE(words);
         if (words.find("user") == 0 && geteuid() != 0) {
