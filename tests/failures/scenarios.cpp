@@ -1,0 +1,150 @@
+#include "scenarios.hpp"
+
+#include "offload_call.hpp"
+#include "support/devices.hpp"
+#include "wear/calls.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+
+namespace test {
+
+namespace {
+
+/// The first error, in words; kept without allocating, since it may tell of a want of memory.
+class error_note {
+public:
+    void take(const char* what) {
+        if (text_[0] == '\0') {
+            std::snprintf(text_, sizeof text_, "%s", *what == '\0' ? "an error without words" : what);
+        }
+    }
+    void take(const sycl::exception_list& errors) {
+        for (const auto& error : errors) {
+            try {
+                std::rethrow_exception(error);
+            } catch (const std::exception& known) {
+                take(known.what());
+            }
+        }
+    }
+    void clear() { text_[0] = '\0'; }
+    const char* text() const { return text_; }
+
+private:
+    char text_[300] = "";
+};
+
+class public_use final : public use {
+public:
+    /// One context, since no driver survives a failure while it compiles a kernel.
+    public_use(const sycl::device& device, mixed_call call)
+        : device_(device), context_(device), call_(std::move(call)) {}
+
+    void prepare() override {
+        error_.clear();
+        results_.clear();
+    }
+    void act() noexcept override {
+        try {
+            sycl::queue queue(context_, device_,
+                              [this](const sycl::exception_list& errors) { error_.take(errors); });
+            results_ = call_.results(queue);
+        } catch (const std::exception& error) {
+            error_.take(error.what());
+        }
+    }
+    outcome conclude() override { return {error_.text(), "", std::exchange(results_, {}), 0}; }
+
+private:
+    sycl::device device_;
+    sycl::context context_;
+    mixed_call call_;
+    error_note error_;
+    std::vector<double> results_;
+};
+
+class offload_use final : public use {
+public:
+    offload_use(interop_device& device, bool nowait) : call_(device, {.nowait = nowait}) {}
+
+    void prepare() override { call_.prepare(); }
+    void act() noexcept override { call_.call(); }
+    outcome conclude() override {
+        call_.conclude();
+        std::string error = call_.printed;
+        if (call_.status != 0) {
+            error = "status " + std::to_string(call_.status) + " " + error;
+        }
+        return {error, call_.contradiction(), call_.results, call_.leaves_an_event() ? 1 : 0};
+    }
+
+private:
+    offload_call call_;
+};
+
+/// The device, or nothing.
+std::vector<sycl::device> devices_of(back_end where) {
+    switch (where) {
+    case back_end::cpu:
+        return {sycl::device(sycl::cpu_selector_v)};
+    case back_end::software_gpu:
+        return {gpu_with_limit(4)}; // several passes
+    case back_end::opencl:
+        return opencl_gpus();
+    }
+    return {};
+}
+
+scenario public_scenario(const char* name, back_end where) {
+    constexpr const char* places[] = {" on the CPU", " on a software GPU", " on OpenCL"};
+    const auto make = [=]() -> std::unique_ptr<use> {
+        const auto calls = mixed_calls();
+        const auto found =
+            std::find_if(calls.begin(), calls.end(), [=](const auto& each) { return each.name == name; });
+        const auto devices = devices_of(where);
+        return devices.empty() ? nullptr : std::make_unique<public_use>(devices.front(), *found);
+    };
+    return {name + std::string(places[static_cast<int>(where)]), where, make};
+}
+
+template <typename Device>
+scenario offload_scenario(const char* runtime, bool nowait, back_end where, Device device) {
+    const auto make = [=]() -> std::unique_ptr<use> {
+        interop_device* const found = device();
+        return found == nullptr ? nullptr : std::make_unique<offload_use>(*found, nowait);
+    };
+    return {std::string("offload to ") + runtime + (nowait ? ", nowait" : ", waiting"), where, make};
+}
+
+} // namespace
+
+const std::vector<scenario>& scenarios() {
+    static const std::vector<scenario> all = [] {
+        std::vector<scenario> list;
+        for (const auto where : {back_end::cpu, back_end::software_gpu}) {
+            for (const char* const name :
+                 {"min_max, USM, masked", "kurtosis, USM, weighted, masked", "kurtosis, buffers, weighted"}) {
+                list.push_back(public_scenario(name, where));
+            }
+        }
+        list.push_back(public_scenario("raw_sum, buffers", back_end::software_gpu));
+        list.push_back(public_scenario("mean, USM, weighted", back_end::opencl));
+        list.push_back(public_scenario("central_moment, USM", back_end::opencl));
+        list.push_back(public_scenario("min_max, buffers", back_end::opencl));
+        for (const bool nowait : {false, true}) {
+            list.push_back(offload_scenario("basalt", nowait, back_end::software_gpu,
+                                            [] { return &software_gpu(); }));
+            list.push_back(offload_scenario("SYCL with handler", nowait, back_end::software_gpu,
+                                            [] { return &sycl_gpu_with_handler(); }));
+            list.push_back(offload_scenario("OpenCL", nowait, back_end::opencl, [] { return opencl(); }));
+        }
+        list.push_back(offload_scenario("OpenCL out of order", true, back_end::opencl,
+                                        [] { return opencl_out_of_order(); }));
+        return list;
+    }();
+    return all;
+}
+
+} // namespace test
