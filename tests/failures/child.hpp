@@ -22,7 +22,8 @@ class shared_value {
 
 public:
     shared_value()
-        : value_(new(mmap(nullptr, sizeof(T), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) T) {}
+        : value_(new (mmap(nullptr, sizeof(T), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0))
+                     T) {}
     ~shared_value() { munmap(value_, sizeof(T)); }
     shared_value(const shared_value&) = delete;
     shared_value& operator=(const shared_value&) = delete;
@@ -36,9 +37,7 @@ private:
 /// Text in shared memory, cut at its end.
 struct shared_text {
     char text[2000] = "";
-    void set(std::string_view what) {
-        text[what.copy(text, sizeof text - 1)] = '\0';
-    }
+    void set(std::string_view what) { text[what.copy(text, sizeof text - 1)] = '\0'; }
 };
 
 /// What a process, and all its children, write on stderr, from here on; one at a time.

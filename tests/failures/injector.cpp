@@ -155,6 +155,15 @@ holdings holdings::lowest(const holdings& other) const {
             std::min(files, other.files)};
 }
 
+holdings settled(const holdings& before) {
+    holdings now = holdings::now();
+    for (int i = 0; i < 40 && now.exceed(before); ++i) {
+        usleep(50);
+        now = holdings::now();
+    }
+    return now;
+}
+
 std::string holdings::text() const {
     return std::to_string(driver_objects) + " driver objects, " + std::to_string(allocations) +
            " allocations, " + std::to_string(files) + " files";
@@ -294,7 +303,8 @@ cl_int relay(const char* name, decltype(&clSetEventCallback) real,
     const bool failing = state.what.user != nullptr && fails(call_family::execution, name, user);
     const foreign_scope undisturbed;
     void* const memory = std::malloc(sizeof(callback_record));
-    const cl_int result = real(event, type, &call_back, new (memory) callback_record{callback, user, failing});
+    const cl_int result =
+        real(event, type, &call_back, new (memory) callback_record{callback, user, failing});
     if (result != CL_SUCCESS) {
         std::free(memory);
     }
@@ -431,12 +441,12 @@ INJECTOR_C_ENTRY(opening, EMFILE, int, -1, mkstemp, (char* pattern), (pattern))
 INJECTOR_C_ENTRY(opening, EMFILE, int, -1, mkostemp, (char* pattern, int flags), (pattern, flags))
 
 INJECTOR_C_ENTRY(writing, ENOSPC, ssize_t, -1, write, (int file, const void* data, size_t n), (file, data, n))
-INJECTOR_C_ENTRY(writing, ENOSPC, ssize_t, -1, pwrite,
-                 (int file, const void* data, size_t n, off_t at), (file, data, n, at))
-INJECTOR_C_ENTRY(writing, ENOSPC, ssize_t, -1, writev,
-                 (int file, const iovec* parts, int n), (file, parts, n))
-INJECTOR_C_ENTRY(writing, ENOSPC, size_t, 0, fwrite,
-                 (const void* data, size_t bytes, size_t n, FILE* file), (data, bytes, n, file))
+INJECTOR_C_ENTRY(writing, ENOSPC, ssize_t, -1, pwrite, (int file, const void* data, size_t n, off_t at),
+                 (file, data, n, at))
+INJECTOR_C_ENTRY(writing, ENOSPC, ssize_t, -1, writev, (int file, const iovec* parts, int n),
+                 (file, parts, n))
+INJECTOR_C_ENTRY(writing, ENOSPC, size_t, 0, fwrite, (const void* data, size_t bytes, size_t n, FILE* file),
+                 (data, bytes, n, file))
 
 INJECTOR_C_ENTRY(mapping, ENOMEM, void*, MAP_FAILED, mmap,
                  (void* where, size_t bytes, int access, int flags, int file, off_t at) noexcept,
@@ -513,9 +523,9 @@ void* allocate(std::size_t bytes, std::size_t alignment, const void* caller) noe
 #ifdef INJECTOR_REPLACES_MALLOC
     void* const memory = alignment == 0 ? __libc_malloc(wanted) : __libc_memalign(alignment, wanted);
 #else
-    void* const memory = alignment == 0
-                             ? std::malloc(wanted)
-                             : std::aligned_alloc(alignment, (wanted + alignment - 1) / alignment * alignment);
+    void* const memory =
+        alignment == 0 ? std::malloc(wanted)
+                       : std::aligned_alloc(alignment, (wanted + alignment - 1) / alignment * alignment);
 #endif
     if (memory != nullptr) {
         ++allocations_of_new;

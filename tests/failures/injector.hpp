@@ -58,4 +58,7 @@ struct holdings {
     std::string text() const;
 };
 
+/// What the process holds when threads have let go of what they shared; waited for if it is more than \p before.
+holdings settled(const holdings& before);
+
 } // namespace test

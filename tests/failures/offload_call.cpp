@@ -53,7 +53,8 @@ void offload_call::call() {
     has_ended = !form_.nowait || status != 0;
     const auto end = std::chrono::steady_clock::now() + patience;
     while (!has_ended && std::chrono::steady_clock::now() < end) {
-        has_ended = omptarget_interop_completions(interop_.get()) != 0 || captured_stderr::holds(no_completion);
+        has_ended =
+            omptarget_interop_completions(interop_.get()) != 0 || captured_stderr::holds(no_completion);
         std::this_thread::sleep_for(50us);
     }
 }

@@ -29,6 +29,8 @@ public:
     /// Looks at what has become of it, and lets go of task and interop object.
     void conclude();
 
+    const void* interop() const { return interop_.get(); }
+
     int status = 0;
     unsigned completions = 0;
     bool has_ended = false;      ///< unless the call returned 0 and neither completion nor line came

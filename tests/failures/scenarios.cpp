@@ -5,8 +5,11 @@
 #include "wear/calls.hpp"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <exception>
+#include <thread>
 
 namespace test {
 
@@ -84,6 +87,90 @@ private:
     offload_call call_;
 };
 
+/// A command of the software GPU's driver between two events, without the run-time.
+class driver_use final : public use {
+public:
+    driver_use() {
+        auto desc = default_desc();
+        desc.n_threads = 2;
+        require(bs_device_add(basalt_platform(), &desc, &device_));
+        require(bs_context_create(basalt_platform(), 1, &device_, &context_));
+    }
+
+    void prepare() override {
+        value_ = 0;
+        awaited_ = called_ = 0;
+        error_.clear();
+    }
+    void act() noexcept override {
+        bs_command_queue_handle_t queue = nullptr;
+        bs_event_handle_t gate = nullptr, done = nullptr;
+        const auto count = [](void* calls, bs_result_t, const char*) {
+            ++*static_cast<std::atomic<int>*>(calls);
+        };
+        if (went_well(bs_command_queue_create(context_, device_, 1, &queue)) &&
+            went_well(bs_event_create(&gate)) && went_well(bs_event_create(&done)) &&
+            went_well(bs_event_set_callback(done, count, &called_)) && ++awaited_ == 1 &&
+            submit(queue, gate, done) && went_well(bs_event_signal(gate, BS_SUCCESS))) {
+            went_well(bs_event_wait(done));
+        }
+        for (const auto each : {gate, done}) {
+            if (each != nullptr) {
+                bs_event_destroy(each);
+            }
+        }
+        if (queue != nullptr) {
+            bs_command_queue_destroy(queue);
+        }
+    }
+    outcome conclude() override {
+        for (int i = 0; i < 1000 && called_ != awaited_; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return {error_.text(), called_ == awaited_ ? "" : "the callback was not called once", {value_}, 0};
+    }
+
+private:
+    static void run_item(void* value, const bs_work_item_t* item) {
+        bs_group_barrier(item);
+        if (item->local_id == 0) {
+            *static_cast<double*>(value) = 7;
+        }
+    }
+
+    bool submit(bs_command_queue_handle_t queue, bs_event_handle_t gate, bs_event_handle_t done) {
+        bs_kernel_t kernel{};
+        kernel.name = "seven";
+        kernel.run_item = &run_item;
+        kernel.make_instance = [](void* argument, void*) { return argument; };
+        kernel.drop_instance = [](void*) {};
+        kernel.argument = &value_;
+        kernel.n_groups = 1;
+        kernel.local_size = 4;
+        kernel.local_memory_bytes = 64;
+        bs_command_t command{};
+        command.kernel = &kernel;
+        command.n_waits = 1;
+        command.waits = &gate;
+        command.signal = done;
+        return went_well(bs_command_queue_submit(queue, &command));
+    }
+
+    bool went_well(bs_result_t result) {
+        if (result != BS_SUCCESS) {
+            error_.take(bs_last_error());
+        }
+        return result == BS_SUCCESS;
+    }
+
+    bs_device_handle_t device_ = nullptr;
+    bs_context_handle_t context_ = nullptr;
+    error_note error_;
+    double value_ = 0;
+    int awaited_ = 0; ///< calls of the callback
+    std::atomic<int> called_ = 0;
+};
+
 /// The device, or nothing.
 std::vector<sycl::device> devices_of(back_end where) {
     switch (where) {
@@ -129,13 +216,15 @@ const std::vector<scenario>& scenarios() {
                 list.push_back(public_scenario(name, where));
             }
         }
+        list.push_back(
+            {"driver alone", back_end::software_gpu, [] { return std::make_unique<driver_use>(); }});
         list.push_back(public_scenario("raw_sum, buffers", back_end::software_gpu));
         list.push_back(public_scenario("mean, USM, weighted", back_end::opencl));
         list.push_back(public_scenario("central_moment, USM", back_end::opencl));
         list.push_back(public_scenario("min_max, buffers", back_end::opencl));
         for (const bool nowait : {false, true}) {
-            list.push_back(offload_scenario("basalt", nowait, back_end::software_gpu,
-                                            [] { return &software_gpu(); }));
+            list.push_back(
+                offload_scenario("basalt", nowait, back_end::software_gpu, [] { return &software_gpu(); }));
             list.push_back(offload_scenario("SYCL with handler", nowait, back_end::software_gpu,
                                             [] { return &sycl_gpu_with_handler(); }));
             list.push_back(offload_scenario("OpenCL", nowait, back_end::opencl, [] { return opencl(); }));

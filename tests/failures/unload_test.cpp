@@ -78,7 +78,9 @@ protected:
             setenv("OCL_ICD_VENDORS", "/nowhere", 1); // finding no driver takes no time
         }
     }
-    void TearDown() override { unsetenv("OCL_ICD_VENDORS"); }
+    void TearDown() override {
+        unsetenv("OCL_ICD_VENDORS");
+    }
 
     /// How a process ends in which \p body uses the device.
     template <typename Body>
