@@ -23,17 +23,22 @@
  *
  * The call blocks until the results are complete. If the interop object has its nowait flag set, it returns
  * after submission and the object's completion routine is called once, from another thread, possibly before the
- * return, when the results are complete; the task's arrays and the object must stay valid until then. A call
- * that returns -1, -2, -3, -4001, -4002 or -4032 makes no completion, and none of its work is under way when
- * it returns. If work fails after the return, the routine is not called and a line on stderr says so.
+ * return, when the results are complete; the task's arrays and the object must stay valid until then. The routine
+ * may end its thread. From the first such call on, the library stays loaded. A call that returns -1, -2, -3, -4001,
+ * -4002 or -4032 makes no completion, and none of its work is running when it returns.
+ *
+ * Work that the device refuses, or that fails while it runs, ends a waiting call with a message on stderr and -2. If
+ * work fails after the return of a nowait call, its routine is not called, and one line on stderr says so. If the
+ * interop object stands for a SYCL queue, that queue's asynchronous handler gets the errors as well. Without a
+ * handler, SYCL ends the program when the last copy of such a queue goes: give the queue one.
  *
  * Nothing is thrown; an exception is printed on stderr and becomes -2. Any number of threads may call at once;
  * calls that share result arrays must not overlap.
  *
  * \return 0, or
  *   - -1: OpenCL without shared memory (`LIBOMPTARGET_OPENCL_USE_SVM` begins with 1)
- *   - -2: the OpenMP run-time cannot be loaded, the interop object has no queue for this library, the
- *     completion was refused, or an exception was caught
+ *   - -2: the OpenMP runtime cannot be loaded, the interop object has no queue for this library, the
+ *     completion was refused, the work failed, or an exception was caught
  *   - -3: the storage code is not one of the two
  *   - -4001, -4002, -4032: fewer than 1 dimension; fewer than 1 observation; no observations
  *   - the status of the last group that was run: -4029 for a method that it does not have, or the component's

@@ -3,6 +3,7 @@
 #include <stats/exception.hpp>
 
 #include <string>
+#include <utility>
 
 namespace aurelo::qtx::stats::detail::gpu {
 
@@ -15,7 +16,19 @@ void check_count(const char* estimate, const char* name, std::int64_t count) {
     }
 }
 
+thread_local pass_events* innermost = nullptr;
+
 } // namespace
+
+pass_events::pass_events() : outer_(std::exchange(innermost, this)) {}
+
+pass_events::~pass_events() {
+    innermost = outer_;
+}
+
+pass_events* pass_events::current() {
+    return innermost;
+}
 
 launch_plan plan_for(const sycl::queue& queue, std::int64_t n_dims, std::int64_t n_observations,
                      const char* estimate) {

@@ -12,6 +12,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 namespace aurelo::qtx::stats::detail::gpu {
 
@@ -43,6 +45,32 @@ void require_data(sycl::handler& handler, const Helper& helper, const Functor& f
 }
 
 /**
+ * \brief While one lives, it collects the events of all passes that its thread submits for plans of several.
+ *
+ * Passes are ordered by accessors or by waits of the host. Neither carries a failure on, so that the event of the last
+ * pass does not tell whether an earlier one failed.
+ */
+class pass_events {
+public:
+    pass_events();
+    ~pass_events();
+    pass_events(const pass_events&) = delete;
+    pass_events& operator=(const pass_events&) = delete;
+
+    /** \brief That of the calling thread, or null. */
+    static pass_events* current();
+
+    /** \brief Makes room for \p n more, so that add() cannot fail while a pass is running. */
+    void reserve(std::size_t n) { events_.reserve(events_.size() + n); }
+    void add(const sycl::event& event) { events_.push_back(event); }
+    const std::vector<sycl::event>& list() const { return events_; }
+
+private:
+    std::vector<sycl::event> events_;
+    pass_events* const outer_;
+};
+
+/**
  * \brief Submits the passes of a plan of several, in order. \p steps has `first(pass)`, `intermediate(pass)`
  * and `last(pass)`, each of which submits one command and returns its event. If one cannot be submitted, those before it
  * no longer read the caller's pointers when the error leaves: the caller gets no event to wait for.
@@ -50,12 +78,24 @@ void require_data(sycl::handler& handler, const Helper& helper, const Functor& f
 template <typename Steps>
 sycl::event submit_passes(const launch_plan& plan, Steps& steps) {
     const auto& passes = plan.passes();
-    sycl::event newest = steps.first(passes.front());
+    pass_events* const collected = pass_events::current();
+    if (collected != nullptr) {
+        collected->reserve(passes.size());
+    }
+    sycl::event newest;
+    const auto submitted = [&](sycl::event event) {
+        newest = std::move(event);
+        if (collected != nullptr) {
+            collected->add(newest);
+        }
+    };
+    submitted(steps.first(passes.front()));
     try {
         for (std::size_t i = 1; i + 1 < passes.size(); ++i) {
-            newest = steps.intermediate(passes[i]);
+            submitted(steps.intermediate(passes[i]));
         }
-        return steps.last(passes.back());
+        submitted(steps.last(passes.back()));
+        return newest;
     } catch (...) {
         if constexpr (Steps::usm) {
             newest.wait();

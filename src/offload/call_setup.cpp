@@ -26,7 +26,7 @@ int call_setup::open(void* interop_object) {
     }
     interop = interop_object;
     nowait = is_nowait(interop);
-    queue = qtx_tb_omp_get_openmp_queue(interop, runtime);
+    queue = qtx_tb_omp_get_openmp_queue(interop, runtime, error.recorder());
     return runtime == bridge::foreign_runtime::none ? status_failed : TSB_SS_OK;
 }
 
@@ -42,12 +42,17 @@ bool call_setup::reaches_usm_pointers() const {
     }
 }
 
+work_outcome call_setup::outcome() const {
+    return runtime == bridge::foreign_runtime::sycl ? work_outcome::of_callers_queue()
+                                                    : work_outcome::of_own_queue(*queue, error);
+}
+
 bool call_setup::finish(work_in_flight& work) const {
     if (!nowait) {
         work.wait();
         return true;
     }
-    if (!arrange_completion(runtime, work.joined(), interop)) {
+    if (!arrange_completion(runtime, work.joined(), work.outcome(), interop)) {
         return false;
     }
     work.hand_over();

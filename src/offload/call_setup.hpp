@@ -22,13 +22,22 @@ struct call_setup {
     /** \brief Whether the device can take the pointers of tasks. */
     bool reaches_usm_pointers() const;
 
-    /** \brief Waits for the work, or arranges its completion. \return false if that was refused. */
+    /** \brief How to find out whether the work has succeeded. */
+    work_outcome outcome() const;
+
+    /**
+     * \brief Waits for the work, or arranges its completion.
+     * \return false if the completion was refused
+     * \throws the first error of work that failed, sycl::exception for a queue of the caller; what arrange_completion()
+     * throws
+     */
     bool finish(work_in_flight& work) const;
 
     void* interop = nullptr;
     bool nowait = false;
     int runtime = 0; ///< one of gpu::foreign_runtime
     std::optional<sycl::queue> queue;
+    first_error error; ///< of a queue of the library's own
 };
 
 } // namespace aurelo::qtx::stats::detail::openmp

@@ -15,6 +15,8 @@
 
 #include <tuple>
 
+#include <cxxabi.h>
+
 namespace aurelo::qtx::stats::detail::openmp {
 
 /** \brief What is behind an address in a record; 0 if it is null, so that it is refused like any bad count. */
@@ -119,7 +121,7 @@ int run_task(const task_record<T, ilp64>& task, estimate_mask estimates, method_
     }
     const dataset<L, T*> data(*task.n_dims, *task.n_observations, task.observations, task.weights,
                               task.indices);
-    work_in_flight work(*call.queue);
+    work_in_flight work(*call.queue, call.outcome());
     const int status = run_estimates<ilp64>(*call.queue, task, data, estimates, method, work);
     return call.finish(work) ? status : status_failed;
 }
@@ -135,6 +137,8 @@ int omp_driver(void* task, unsigned long long estimates, method_code<ilp64> meth
     try {
         return run_task<T, L, ilp64>(*static_cast<const task_record<T, ilp64>*>(task), estimates, method,
                                      interop);
+    } catch (const abi::__forced_unwind&) {
+        throw; // the caller's thread ends
     } catch (...) {
         print_current_exception();
         return status_failed;

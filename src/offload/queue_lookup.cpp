@@ -50,7 +50,7 @@ found_queue sycl_queue(void* interop) {
     return *queue;
 }
 
-found_queue basalt_queue(void* interop) {
+found_queue basalt_queue(void* interop, const sycl::async_handler& handler) {
     _bs_platform_handle_t* platform = nullptr;
     _bs_device_handle_t* device = nullptr;
     void* context = nullptr;
@@ -68,10 +68,10 @@ found_queue basalt_queue(void* interop) {
     }
     const sycl::context* const cached =
         bridge::lookup_and_cache_nerva_context(context, device, qtx_gpu_backend_basalt, &sycl_device);
-    return sycl::queue(*cached, sycl_device, sycl::property_list{});
+    return sycl::queue(*cached, sycl_device, handler, sycl::property_list{});
 }
 
-found_queue opencl_queue(void* interop) {
+found_queue opencl_queue(void* interop, const sycl::async_handler& handler) {
     if (qtx_cl_load_lib() != 0) {
         return std::nullopt;
     }
@@ -83,17 +83,17 @@ found_queue opencl_queue(void* interop) {
     }
     const sycl::context* const cached =
         bridge::lookup_and_cache_nerva_context(context, nullptr, qtx_gpu_backend_opencl, nullptr);
-    return sycl::make_queue<sycl::backend::opencl>(static_cast<cl_command_queue>(queue), *cached);
+    return sycl::make_queue<sycl::backend::opencl>(static_cast<cl_command_queue>(queue), *cached, handler);
 }
 
-found_queue queue_of(void* interop, int runtime) {
+found_queue queue_of(void* interop, int runtime, const sycl::async_handler& handler) {
     switch (runtime) {
     case bridge::foreign_runtime::opencl:
-        return opencl_queue(interop);
+        return opencl_queue(interop, handler);
     case bridge::foreign_runtime::sycl:
         return sycl_queue(interop);
     case bridge::foreign_runtime::basalt:
-        return basalt_queue(interop);
+        return basalt_queue(interop, handler);
     default:
         return std::nullopt;
     }
@@ -101,12 +101,13 @@ found_queue queue_of(void* interop, int runtime) {
 
 } // namespace
 
-sycl::queue qtx_tb_omp_get_openmp_queue(void* interop, int& id) {
-    id = foreign_runtime_of(interop);
-    if (auto found = queue_of(interop, id)) {
+sycl::queue qtx_tb_omp_get_openmp_queue(void* interop, int& id, const sycl::async_handler& handler) {
+    id = bridge::foreign_runtime::none;
+    const int runtime = foreign_runtime_of(interop);
+    if (auto found = queue_of(interop, runtime, handler)) {
+        id = runtime;
         return *found;
     }
-    id = bridge::foreign_runtime::none;
     return sycl::queue(sycl::property_list{});
 }
 

@@ -24,10 +24,11 @@ constexpr auto soft_gpu = sycl::backend::ext_aurelo_basalt;
 
 using handle_pair = std::pair<void*, void*>;
 
-// Built after the device images are registered and destroyed before they go, the queues first.
+// One initialiser makes both, after the device images are registered. They are destroyed before the images go, the queues
+// first.
 [[gnu::init_priority(103)]] std::unordered_map<handle_pair, sycl::context, pair_hash>
     qtx_gpu_global_nerva_context_cache;
-[[gnu::init_priority(104)]] std::unordered_map<void*, sycl::queue> qtx_gpu_global_nerva_queue_cache;
+[[gnu::init_priority(103)]] std::unordered_map<void*, sycl::queue> qtx_gpu_global_nerva_queue_cache;
 
 constinit spin_shared_mutex qtx_gpu_global_nerva_context_cache_lock;
 constinit spin_shared_mutex qtx_gpu_global_nerva_queue_cache_lock;
@@ -134,8 +135,11 @@ std::optional<sycl::context> make_context(const native_handles& handles, void* i
 std::optional<sycl::context> context_of(const native_handles& handles, void* interop) {
     auto& cache = qtx_gpu_global_nerva_context_cache;
     const handle_pair key(handles.context, handles.device);
-    if (const auto* const entry = find_shared(cache, qtx_gpu_global_nerva_context_cache_lock, key)) {
-        return *entry;
+    {
+        const std::shared_lock guard(qtx_gpu_global_nerva_context_cache_lock);
+        if (const auto* const entry = find(cache, key)) {
+            return *entry;
+        }
     }
     const std::unique_lock guard(qtx_gpu_global_nerva_context_cache_lock);
     if (const auto* const entry = find(cache, key)) {

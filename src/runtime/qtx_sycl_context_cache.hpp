@@ -17,7 +17,8 @@
 #include <cstdint>
 #include <utility>
 
-enum qtx_gpu_backend_t { qtx_gpu_backend_opencl = 0, qtx_gpu_backend_basalt = 1 };
+/** \brief Any other value counts as OpenCL. */
+enum qtx_gpu_backend_t : std::uint32_t { qtx_gpu_backend_opencl = 0, qtx_gpu_backend_basalt = 1 };
 
 namespace aurelo::qtx::gpu {
 

@@ -7,6 +7,8 @@
 #include <future>
 #include <thread>
 
+#include <pthread.h>
+
 namespace {
 
 using namespace test;
@@ -233,6 +235,27 @@ TEST(out_of_order_queue, a_waiting_call_waits_for_an_earlier_group_that_finishes
         EXPECT_EQ(status.wait_for(50ms), std::future_status::timeout);
         slow.open();
         EXPECT_EQ(status.get(), 0);
+        EXPECT_TRUE(has_sum(task));
+    }
+}
+
+// On OpenCL it would be a thread of the driver's that ends.
+TEST(completion_thread, may_be_ended_by_the_routine) {
+    for (auto* const device : {&software_gpu(), &sycl_gpu()}) {
+        small_task task(*device, small_data());
+        const auto interop = nowait_interop(*device);
+        static std::atomic<int> calls;
+        calls = 0;
+        void (*const routine)(void*) = [](void*) {
+            ++calls;
+            pthread_exit(nullptr);
+        };
+        omptarget_interop_set_pointer(interop.get(), OMPTARGET_COMPLETION, reinterpret_cast<void*>(routine));
+        EXPECT_EQ(compute(task, est_sum, 1, interop), 0);
+        while (calls == 0) {
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(10ms); // an exception that is not rethrown would abort the program now
         EXPECT_TRUE(has_sum(task));
     }
 }

@@ -3,11 +3,13 @@
 #include "threads.hpp"
 
 #include <offload/queue_lookup.hpp>
+#include <runtime/qtx_omp_wrappers.hpp>
 #include <runtime/qtx_sycl_context_cache.hpp>
 
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <utility>
 
 using aurelo::qtx::stats::detail::openmp::qtx_tb_omp_get_openmp_queue;
 
@@ -45,6 +47,29 @@ TEST(lookup, sycl_gives_a_copy_of_the_interops_own_queue) {
     const looked_up found(interop);
     EXPECT_EQ(found.id, 4);
     EXPECT_EQ(found.queue, own);
+}
+
+// A queue that the library makes has the handler that the lookup is given; the interop's own queue keeps its handler.
+TEST(lookup, gives_its_handler_to_queues_that_it_makes) {
+    int errors = 0;
+    const auto count = [&errors](const sycl::exception_list& all) { errors += static_cast<int>(all.size()); };
+    const test::basalt_natives natives;
+    int id = 0;
+    sycl::queue made = qtx_tb_omp_get_openmp_queue(test::interop_of(natives).get(), id, count);
+    made.submit([](sycl::handler& handler) { handler.host_task([] { throw 1; }); });
+    made.wait_and_throw();
+    EXPECT_EQ(errors, 1);
+}
+
+TEST(lookup, has_no_id_when_the_first_property_throws) {
+    const test::interop_object interop(omptarget_interop_create_sycl(nullptr));
+    int id = -77;
+    qtx_omp_load_lib();
+    const auto entry =
+        std::exchange(qtx_fp_omp_get_interop_int, [](void*, int, int*) -> std::intptr_t { throw 1; });
+    EXPECT_THROW(qtx_tb_omp_get_openmp_queue(interop.get(), id), int);
+    qtx_fp_omp_get_interop_int = entry;
+    EXPECT_EQ(id, 0);
 }
 
 TEST(lookup, runs_on_many_threads_at_once) {

@@ -1,5 +1,6 @@
 #include "devices.hpp"
 
+#include <array>
 #include <stdexcept>
 
 using test::expect_refused;
@@ -135,6 +136,14 @@ TEST_P(errors, misused_arguments_are_refused) {
     for (const auto& call : cases) {
         expect_refused(sycl::errc::invalid, "", call);
     }
+}
+
+// The driver takes patterns of at most 16 bytes.
+TEST_P(errors, what_the_driver_refuses_is_thrown_by_the_submission) {
+    std::array<int, 8> pattern{};
+    expect_refused(sycl::errc::invalid, "32 bytes", [&] { failing.fill(&pattern, pattern, 1); });
+    failing.wait_and_throw();
+    EXPECT_TRUE(seen.messages->empty());
 }
 
 template <typename T>

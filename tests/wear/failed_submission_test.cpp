@@ -2,10 +2,15 @@
 #include "failing_new.hpp"
 #include "support/devices.hpp"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
+#include <future>
+#include <numeric>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -34,31 +39,81 @@ void ignore(const sycl::exception_list&) {}
 
 } // namespace
 
+/// A command that overwrites a buffer of three elements with what \p next makes of their number; it reads them or not.
+/// It also requires \p others, later.
+template <typename Next, typename... Buffers>
+void submit_writer(sycl::queue& queue, sycl::buffer<int, 1>& buffer, bool reads, Next next,
+                   Buffers&... others) {
+    queue.submit([&](sycl::handler& handler) {
+        const sycl::accessor all(buffer, handler, sycl::read_write,
+                                 reads ? sycl::property_list{}
+                                       : sycl::property_list{sycl::property::no_init()});
+        (handler.require(sycl::accessor(others)), ...);
+        handler.single_task([=] {
+            for (int i = 0; i < 3; ++i) {
+                all[i] = next(all[i], i);
+            }
+        });
+    });
+}
+
 TEST(failed_submission, leaves_buffers_their_contents) {
     const sycl::device device = gpu_with_limit(4);
     sycl::queue queue(device, ignore);
+    for (const bool reads : {true, false}) {
+        SCOPED_TRACE(reads ? "read and written" : "written without a look");
+        int base = 0; // memory that is used again must not hold the right values by chance
+        with_each_allocation_failing([&](auto failing) {
+            base += 100;
+            std::array<int, 3> values{};
+            sycl::buffer<int, 1> buffer{sycl::range<1>(3)};
+            std::iota(values.begin(), values.end(), base + 3);
+            std::copy_n(values.begin(), 3, sycl::host_accessor(buffer, sycl::write_only).begin());
+            const auto write = [&] {
+                submit_writer(queue, buffer, reads,
+                              [=](int old, int i) { return reads ? old + 10 : base + i + 13; });
+            };
+            failing(write);
+            queue.wait();
+            {
+                const sycl::host_accessor result(buffer, sycl::read_only);
+                const int done = result[0] == values[0] + 10 ? 10 : 0;
+                EXPECT_THAT(std::vector(result.begin(), result.end()),
+                            testing::ElementsAre(values[0] + done, values[1] + done, values[2] + done));
+            }
+            write();
+            EXPECT_GE((sycl::host_accessor(buffer, sycl::read_only)[2]), values[2] + 10)
+                << "the next one does not run";
+        });
+    }
+}
+
+TEST(failed_submission, leaves_the_order_of_a_buffer) {
+    const sycl::device device = gpu_with_limit(4);
+    sycl::queue queue(device, ignore);
     with_each_allocation_failing([&](auto failing) {
-        int values[3] = {3, 4, 5};
         sycl::buffer<int, 1> buffer{sycl::range<1>(3)};
-        std::copy_n(values, 3, sycl::host_accessor(buffer, sycl::write_only).begin());
-        const auto increment = [&] {
-            queue.submit([&](sycl::handler& handler) {
-                const sycl::accessor all(buffer, handler, sycl::read_write);
-                handler.single_task([=] {
-                    for (int i = 0; i < 3; ++i) {
-                        all[i] += 10;
-                    }
-                });
+        submit_writer(queue, buffer, false, [](int, int) { return 1; });
+        std::promise<void> gate;
+        int seen = 0;
+        queue.submit([&](sycl::handler& handler) {
+            const sycl::accessor all(buffer, handler, sycl::read_only);
+            handler.host_task([&, all, opened = gate.get_future().share()] {
+                opened.wait();
+                seen = all[0];
             });
-        };
-        failing(increment);
+        });
+        // Another buffer, so that the submission can fail when the first one has been dealt with.
+        sycl::buffer<int, 1> other{sycl::range<1>(3)};
+        failing([&] {
+            submit_writer(
+                queue, buffer, false, [](int, int) { return 1; }, other);
+        });
+        submit_writer(queue, buffer, false, [](int, int) { return 2; });
+        std::this_thread::sleep_for(std::chrono::milliseconds(2)); // time for one that does not wait
+        gate.set_value();
         queue.wait();
-        const int done = sycl::host_accessor(buffer, sycl::read_only)[0] / 10;
-        increment();
-        const sycl::host_accessor result(buffer, sycl::read_only);
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(result[i], values[i] + 10 * (done + 1)) << "element " << i;
-        }
+        EXPECT_EQ(seen, 1) << "overwritten before it was read";
     });
 }
 

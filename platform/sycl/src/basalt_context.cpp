@@ -73,7 +73,11 @@ std::unique_ptr<native_queue> context::make_queue(const std::shared_ptr<device_i
     bs_command_queue_handle_t made = nullptr;
     check(bs_command_queue_create(native_, static_cast<device&>(*target).native(), in_order ? 1 : 0, &made),
           "no command queue of the software GPU");
-    return std::make_unique<queue>(queue_handle(made), true);
+    std::unique_ptr<_bs_command_queue_handle_t, decltype(&bs_command_queue_destroy)> guard(
+        made, &bs_command_queue_destroy);
+    auto result = std::make_unique<queue>(queue_handle(made), true);
+    static_cast<void>(guard.release());
+    return result;
 }
 
 } // namespace sycl::detail::basalt

@@ -131,7 +131,10 @@ std::shared_ptr<context_impl> platform::make_context(device_list devices, async_
     bs_context_handle_t made = nullptr;
     check(bs_context_create(native_, static_cast<std::uint32_t>(natives.size()), natives.data(), &made),
           "no context of the software GPU");
-    return std::make_shared<context>(std::move(devices), std::move(handler), made, true);
+    std::unique_ptr<_bs_context_handle_t, decltype(&bs_context_destroy)> guard(made, &bs_context_destroy);
+    auto result = std::make_shared<context>(std::move(devices), std::move(handler), made, true);
+    static_cast<void>(guard.release());
+    return result;
 }
 
 device::device(const std::shared_ptr<platform_impl>& platform, bs_device_handle_t native,

@@ -3,6 +3,8 @@
 
 #include <sycl/host_accessor.hpp>
 
+#include <cstring>
+#include <exception>
 #include <utility>
 
 namespace sycl::detail {
@@ -15,12 +17,7 @@ std::shared_ptr<command> use_on_host(const requirement& use, command::action act
     auto holder = std::make_shared<command>(nullptr);
     holder->keep(use.buffer);
     holder->set_action(std::move(action));
-    try {
-        holder->submit({}, {}, {use}, {});
-    } catch (...) {
-        holder->finish(nullptr); // the buffer may know it already, as one to wait for
-        throw;
-    }
+    holder->submit({}, nullptr, {use}, {});
     return holder;
 }
 
@@ -53,19 +50,42 @@ buffer_handle::~buffer_handle() {
     if (!over_host_memory_ && !final_) {
         return;
     }
-    // As a writer this follows every command that uses the host's memory, readers included.
+    try {
+        hand_back();
+    } catch (const std::exception&) {
+        hand_back_without_memory();
+    }
+}
+
+/// As a writer this follows every command that uses the host's memory, readers included.
+void buffer_handle::hand_back() {
     const bool wants_contents = write_back_ || final_;
     const requirement use{impl_, access_mode::read_write, !wants_contents};
     void* const data = host_address(*impl_);
-    const auto last =
-        use_on_host(use, [data, copy = std::move(final_)](const std::shared_ptr<command>& self) {
-            if (copy) {
-                copy(data);
-            }
-            self->finish(nullptr);
-        });
+    const auto last = use_on_host(use, [data, copy = final_](const std::shared_ptr<command>& self) {
+        if (copy) {
+            copy(data);
+        }
+        self->finish(nullptr);
+    });
     if (!runtime_thread_scope::active()) {
         last->wait();
+    }
+}
+
+/// There is no memory for a command, so that this thread does its work.
+void buffer_handle::hand_back_without_memory() {
+    const void* const contents = impl_->wait_for_contents();
+    if (contents == nullptr) {
+        return;
+    }
+    if (final_) {
+        final_(contents);
+    } else if (write_back_) {
+        void* const data = host_address(*impl_); // the user's memory, which is there already
+        if (data != contents) {
+            std::memcpy(data, contents, impl_->bytes());
+        }
     }
 }
 

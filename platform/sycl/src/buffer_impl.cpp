@@ -43,12 +43,17 @@ void buffer_impl::mark_valid_on_host() {
 void buffer_impl::order(const requirement& use, const memory_space& space,
                         const std::shared_ptr<command>& user, std::vector<std::shared_ptr<command>>& movers) {
     forget_completed();
+    users_.reserve(users_.size() + 1); // nothing fails once the buffer has changed
     copy& target = copy_in(space);
     if (use.reads()) {
         bring_contents(target, movers);
         user->order_after(target.producer);
     }
     if (use.writes()) {
+        const copy* const source = use.reads() ? nullptr : other_valid_copy(target);
+        if (source != nullptr) {
+            user->restore_if_refused(shared_from_this(), target.memory, source->memory);
+        }
         become_writer(target, user);
     }
     users_.push_back(user);
@@ -91,19 +96,28 @@ void buffer_impl::free(const copy& old) const {
     }
 }
 
+/// Where the contents are if \p target does not have them; null if it has, or if nothing was ever written.
+const buffer_impl::copy* buffer_impl::other_valid_copy(const copy& target) const {
+    if (target.valid) {
+        return nullptr;
+    }
+    const auto found =
+        std::find_if(copies_.begin(), copies_.end(), [](const auto& each) { return each->valid; });
+    return found == copies_.end() ? nullptr : found->get();
+}
+
 void buffer_impl::bring_contents(copy& target, std::vector<std::shared_ptr<command>>& movers) {
     if (target.valid) {
         return;
     }
-    const auto found = std::find_if(copies_.begin(), copies_.end(),
-                                    [&](const auto& each) { return each->valid && each.get() != &target; });
-    if (found == copies_.end()) {
+    const copy* const source = other_valid_copy(target);
+    if (source == nullptr) {
         target.valid = true; // never written: there is nothing to bring
         return;
     }
-    users_.reserve(users_.size() + 1);
+    users_.reserve(users_.size() + 2); // the mover, then the user
     movers.reserve(movers.size() + 1);
-    const auto mover = make_mover(target, **found);
+    const auto mover = make_mover(target, *source);
     target.producer = mover;
     target.valid = true;
     users_.push_back(mover);
@@ -141,6 +155,24 @@ void buffer_impl::become_writer(copy& target, const std::shared_ptr<command>& us
     }
     target.valid = true;
     target.producer = user;
+}
+
+const void* buffer_impl::wait_for_contents() {
+    for (;;) {
+        std::shared_ptr<command> pending;
+        {
+            const std::lock_guard guard(graph_lock());
+            const auto found = std::find_if(users_.begin(), users_.end(),
+                                            [](const auto& each) { return !each->complete(); });
+            if (found == users_.end()) {
+                const auto valid = std::find_if(copies_.begin(), copies_.end(),
+                                                [](const auto& each) { return each->valid; });
+                return valid == copies_.end() ? nullptr : (*valid)->memory;
+            }
+            pending = *found;
+        }
+        pending->wait();
+    }
 }
 
 void buffer_impl::forget_completed() {

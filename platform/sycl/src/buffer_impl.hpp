@@ -51,6 +51,10 @@ public:
     void* address(const memory_space& space);
     void mark_valid_on_host();
 
+    /// Without the graph lock: blocks until no command uses the buffer, and returns its contents, which the host can
+    /// read wherever they are; null if nothing was ever written. Allocates nothing.
+    const void* wait_for_contents();
+
     /**
      * Orders \p user behind the commands that its use conflicts with, brings the contents to its space if
      * they are elsewhere, and records the use for the commands to come. \p movers receives the command that
@@ -71,6 +75,7 @@ private:
     copy& copy_in(const memory_space& space);
     void* allocate(const memory_space& space) const;
     void free(const copy& old) const;
+    const copy* other_valid_copy(const copy& target) const;
     void bring_contents(copy& target, std::vector<std::shared_ptr<command>>& movers);
     std::shared_ptr<command> make_mover(const copy& target, const copy& source);
     void become_writer(copy& target, const std::shared_ptr<command>& user);

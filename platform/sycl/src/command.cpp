@@ -4,6 +4,7 @@
 #include "queue_impl.hpp"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <unordered_set>
 #include <utility>
@@ -63,31 +64,60 @@ void command::set_host_task(std::unique_ptr<host_task_box> task) {
 }
 
 void command::submit(const std::vector<std::shared_ptr<command>>& needed,
-                     const std::vector<std::shared_ptr<command>>& earlier,
-                     const std::vector<requirement>& requirements, const memory_space& space) {
+                     const std::shared_ptr<command>& earlier, const std::vector<requirement>& requirements,
+                     const memory_space& space) {
     const auto self = shared_from_this();
-    bool ready = false;
-    {
-        const movers_to_start movers;
-        const std::lock_guard guard(graph_lock());
-        for (const auto& other : needed) {
-            depend_on(other, true);
+    try {
+        if (enter_graph(needed, earlier, requirements, space)) {
+            start();
         }
-        for (const auto& other : earlier) {
-            depend_on(other, false);
-        }
-        for (const auto& use : requirements) {
-            use.buffer->order(use, space, self, movers.list);
-        }
-        prepare_native_events();
-        ready = !handed_over_ && --unmet_ == 0;
+    } catch (...) {
+        withdraw();
+        throw;
     }
     if (handed_over_) {
-        start(); // the graph goes on with this command only when the back end has it
-        release();
-    } else if (ready) {
-        proceed();
+        release(); // the graph goes on with this command only when the back end has it
     }
+}
+
+/// Whether the command starts now: nothing is unmet, or the back end itself waits for what is. Of the unmet
+/// dependencies the initial one stays then, so that nothing else starts the command.
+bool command::enter_graph(const std::vector<std::shared_ptr<command>>& needed,
+                          const std::shared_ptr<command>& earlier,
+                          const std::vector<requirement>& requirements, const memory_space& space) {
+    const movers_to_start movers;
+    const std::lock_guard guard(graph_lock());
+    for (const auto& other : needed) {
+        depend_on(other, true);
+    }
+    depend_on(earlier, false);
+    for (const auto& use : requirements) {
+        use.buffer->order(use, space, shared_from_this(), movers.list);
+    }
+    prepare_native_events();
+    if (handed_over_ || unmet_ == 1) {
+        return true;
+    }
+    --unmet_;
+    return false;
+}
+
+/// Turns a refused command into one without work.
+void command::withdraw() {
+    {
+        const std::lock_guard guard(graph_lock());
+        withdrawn_ = true;
+        handed_over_ = false;
+    }
+    release();
+}
+
+/// Allocates nothing, so that a refusal for lack of memory is told with every buffer as it was.
+void command::end_withdrawn() {
+    for (const auto& each : restorations_) {
+        std::memcpy(each.target, each.source, each.buffer->bytes());
+    }
+    finish(nullptr);
 }
 
 /// Drops the one unmet dependency that every command begins with.
@@ -138,8 +168,14 @@ std::shared_ptr<backend_event> command::event_for(native_queue& waiting, depende
 
 /// All dependencies are over.
 void command::proceed() {
-    if (!handed_over_) {
-        start();
+    if (withdrawn_) {
+        end_withdrawn();
+    } else if (!handed_over_) {
+        try {
+            start();
+        } catch (...) {
+            finish(std::current_exception()); // its submission is long over
+        }
     } else if (failed_dependency_ != nullptr) {
         finish(not_run(failed_dependency_));
     } else {
@@ -176,6 +212,7 @@ void command::depend_on(const std::shared_ptr<command>& other, bool needs_succes
     }
 }
 
+/// Fails the command if it may not run, else begins it. Throws if that is refused.
 void command::start() {
     if (!handed_over_ && failed_dependency_ != nullptr) {
         finish(not_run(failed_dependency_));
@@ -186,11 +223,7 @@ void command::start() {
     if (!handed_over_) {
         enter(state::running);
     }
-    try {
-        what(shared_from_this());
-    } catch (...) {
-        finish(std::current_exception());
-    }
+    what(shared_from_this());
 }
 
 void command::finish(const std::exception_ptr& error) {
@@ -204,6 +237,7 @@ void command::finish(const std::exception_ptr& error) {
     action_ = nullptr;
     kept_host_task_ = nullptr;
     resources_.clear();
+    restorations_.clear();
     const auto [ready, signals] = complete_and_release(error);
     // Outside the lock of the graph: a driver may call back from here.
     for (const auto& [event, tells_failure] : signals) {

@@ -50,10 +50,11 @@ public:
 
     /**
      * Enters the command into the graph and starts it as soon as its dependencies allow. \p needed are the
-     * commands whose failure fails this one; \p earlier only have to be over.
+     * commands whose failure fails this one; \p earlier, which may be null, only has to be over. Throws what the back end refuses the
+     * command with, if that is known at once. A refused command never runs and changes no buffer; it ends when the
+     * commands before it are over, because others may have been ordered behind it in the meantime.
      */
-    void submit(const std::vector<std::shared_ptr<command>>& needed,
-                const std::vector<std::shared_ptr<command>>& earlier,
+    void submit(const std::vector<std::shared_ptr<command>>& needed, const std::shared_ptr<command>& earlier,
                 const std::vector<requirement>& requirements, const memory_space& space);
 
     /// Starts a command that was entered by order_after() alone, as soon as its dependencies allow.
@@ -85,6 +86,12 @@ public:
     /// With the graph lock held: this command starts only after \p other is over.
     void order_after(const std::shared_ptr<command>& other);
 
+    /// With the graph lock held: this command is about to invalidate \p source by overwriting \p target. If it is
+    /// refused, it copies the bytes of \p buffer instead, so that nothing is lost.
+    void restore_if_refused(std::shared_ptr<buffer_impl> buffer, void* target, const void* source) {
+        restorations_.push_back({std::move(buffer), target, source});
+    }
+
 private:
     enum class state { waiting, running, complete };
 
@@ -98,7 +105,19 @@ private:
         bool tells_failure;
     };
 
+    /// The contents of a buffer that this command has declared invalid.
+    struct restoration {
+        std::shared_ptr<buffer_impl> buffer;
+        void* target;
+        const void* source;
+    };
+
     void depend_on(const std::shared_ptr<command>& other, bool needs_success);
+    bool enter_graph(const std::vector<std::shared_ptr<command>>& needed,
+                     const std::shared_ptr<command>& earlier, const std::vector<requirement>& requirements,
+                     const memory_space& space);
+    void withdraw();
+    void end_withdrawn();
     void prepare_native_events();
     std::shared_ptr<backend_event> event_for(native_queue& waiting, dependent& use);
     void start();
@@ -136,6 +155,8 @@ private:
     std::exception_ptr error_;
     std::exception_ptr failed_dependency_;
     bool handed_over_ = false; ///< the back end has the command, and waits for its dependencies
+    bool withdrawn_ = false;   ///< the back end refused the command
+    std::vector<restoration> restorations_;
     std::shared_ptr<backend_event> native_event_;
     bool ends_native_event_ = false;
     std::vector<signal> signals_;

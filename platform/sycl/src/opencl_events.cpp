@@ -2,8 +2,10 @@
 #include "host_threads.hpp"
 #include "opencl_queue.hpp"
 
+#include <array>
 #include <cstdint>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 
 namespace sycl::detail::opencl {
@@ -51,6 +53,13 @@ void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
                             : nullptr);
 }
 
+cl_int execution_status(cl_event native) {
+    cl_int status = CL_COMPLETE;
+    const cl_int asked =
+        clGetEventInfo(native, CL_EVENT_COMMAND_EXECUTION_STATUS, sizeof status, &status, nullptr);
+    return asked == CL_SUCCESS ? status : asked;
+}
+
 /// Takes the entry of a command with it, whoever ends the command.
 struct entry_guard {
     entry_guard() = default;
@@ -93,9 +102,18 @@ void completion::follow(cl_event native) {
     done_->set_native_event(event_);
     const cl_int status =
         clSetEventCallback(native, CL_COMPLETE, &end_command, reinterpret_cast<void*>(number_));
-    if (status != CL_SUCCESS) {
-        clWaitForEvents(1, &native); // its memory may go only when it has run
-        check(status, "a command of OpenCL");
+    if (status == CL_SUCCESS) {
+        return;
+    }
+    // The driver has the command all the same, and will not tell its end: a thread has to wait for it.
+    const auto wait = [event = event_, number = number_] {
+        clWaitForEvents(1, std::array{event->native()}.data());
+        end_command(nullptr, execution_status(event->native()), reinterpret_cast<void*>(number));
+    };
+    try {
+        post_to_host_threads(wait);
+    } catch (const std::bad_alloc&) {
+        wait();
     }
 }
 

@@ -3,6 +3,9 @@
 #include "opencl_driver.hpp"
 #include "opencl_translation.hpp"
 
+#include <future>
+#include <system_error>
+
 namespace sycl::detail::opencl {
 
 namespace {
@@ -81,6 +84,18 @@ std::shared_ptr<built_kernel> build(cl_context context, const device& target, co
     return result;
 }
 
+/// Compilers need more stack than the caller's thread may have, so that they get a thread of the default size.
+std::shared_ptr<built_kernel> build_with_room(cl_context context, const device& target,
+                                              const kernel_image& image) {
+    std::future<std::shared_ptr<built_kernel>> result;
+    try {
+        result = std::async(std::launch::async, [&] { return build(context, target, image); });
+    } catch (const std::system_error&) {
+        return build(context, target, image); // no thread; the caller's may do
+    }
+    return result.get();
+}
+
 } // namespace
 
 std::shared_ptr<program_cache::slot> program_cache::slot_of(const device& target, const kernel_image& image) {
@@ -96,7 +111,7 @@ std::shared_ptr<built_kernel> program_cache::get(const device& target, const ker
     const auto place = slot_of(target, image);
     const std::lock_guard guard(place->lock);
     if (place->kernel == nullptr) {
-        place->kernel = build(context_, target, image);
+        place->kernel = build_with_room(context_, target, image);
     }
     return place->kernel;
 }

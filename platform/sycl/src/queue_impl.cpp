@@ -33,7 +33,9 @@ queue_impl::queue_impl(std::shared_ptr<context_impl> context, std::shared_ptr<de
       in_order_(in_order), native_(std::move(native)) {}
 
 queue_impl::~queue_impl() {
-    throw_asynchronous();
+    if (!errors_.empty()) {
+        deliver(std::move(errors_)); // without an allocation, which might fail
+    }
     if (runtime_thread_scope::active()) {
         // The driver waits for its threads when a queue goes, and this may be one of them.
         post_to_host_threads(
@@ -51,9 +53,8 @@ std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>&
     }
     const auto previous = enqueue(made);
     try {
-        made->submit(description.dependencies(), {previous}, description.requirements(), description.space());
+        made->submit(description.dependencies(), previous, description.requirements(), description.space());
     } catch (...) {
-        made->finish(nullptr);
         const std::lock_guard guard(lock_);
         last_ = previous; // the next one of an in-order queue follows that
         throw;
@@ -117,11 +118,15 @@ void queue_impl::throw_asynchronous() {
         errors.assign(errors_.begin(), errors_.end());
         errors_.clear(); // which keeps the room for commands in flight
     }
-    const exception_list list(std::move(errors));
+    deliver(std::move(errors));
+}
+
+void queue_impl::deliver(std::vector<std::exception_ptr> errors) const {
+    exception_list list(std::move(errors));
     if (handler_) {
-        handler_(list);
+        handler_(std::move(list));
     } else if (context_->handler()) {
-        context_->handler()(list);
+        context_->handler()(std::move(list));
     } else {
         report_and_terminate(list);
     }

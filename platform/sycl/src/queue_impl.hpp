@@ -36,6 +36,8 @@ public:
     void forget(const std::shared_ptr<command>& finished);
 
 private:
+    /// To the queue's handler, its context's, or the end of the program.
+    void deliver(std::vector<std::exception_ptr> errors) const;
     void remove(const command& finished);
     /// Counts the command as in flight and returns the one that an in-order queue runs before it.
     std::shared_ptr<command> enqueue(const std::shared_ptr<command>& next);

@@ -52,6 +52,9 @@ public:
     void set_write_back(bool write_back);
 
 private:
+    void hand_back();
+    void hand_back_without_memory();
+
     std::shared_ptr<buffer_impl> impl_;
     final_copy final_;
     bool over_host_memory_;
