@@ -45,26 +45,25 @@ public:
     public_use(const sycl::device& device, mixed_call call)
         : device_(device), context_(device), call_(std::move(call)) {}
 
-    void prepare() override {
-        error_.clear();
-        results_.clear();
-    }
+    void prepare() override { error_ = std::make_shared<error_note>(); }
     void act() noexcept override {
         try {
-            sycl::queue queue(context_, device_,
-                              [this](const sycl::exception_list& errors) { error_.take(errors); });
+            // Errors of commands that are still under way when the call has failed come later.
+            sycl::queue queue(context_, device_, [error = error_](const sycl::exception_list& errors) {
+                error->take(errors);
+            });
             results_ = call_.results(queue);
         } catch (const std::exception& error) {
-            error_.take(error.what());
+            error_->take(error.what());
         }
     }
-    outcome conclude() override { return {error_.text(), "", std::exchange(results_, {}), 0}; }
+    outcome conclude() override { return {error_->text(), "", std::exchange(results_, {}), 0}; }
 
 private:
     sycl::device device_;
     sycl::context context_;
     mixed_call call_;
-    error_note error_;
+    std::shared_ptr<error_note> error_;
     std::vector<double> results_;
 };
 
