@@ -7,15 +7,20 @@ set(QTX_INSTALL_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/qtx_sycl_stats)
 set(QTX_INSTALL_CMAKE ${CMAKE_INSTALL_LIBDIR}/cmake/qtx_sycl_stats)
 file(RELATIVE_PATH qtx_programs_to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 
+# qtx_search_libraries(TARGET PATH): where the file looks for libraries, relative to where it stands.
+function(qtx_search_libraries target path)
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH ${path} BUILD_WITH_INSTALL_RPATH ON)
+endfunction()
+
 # qtx_install_program(TARGET): it finds the libraries of its own prefix, wherever that stands.
 function(qtx_install_program target)
-  set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN/${qtx_programs_to_libraries})
+  qtx_search_libraries(${target} $ORIGIN/${qtx_programs_to_libraries})
   install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endfunction()
 
 # qtx_install_plug_in(TARGET): a library that is opened at run time and never linked.
 function(qtx_install_plug_in target)
-  set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN)
+  qtx_search_libraries(${target} $ORIGIN)
   install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 endfunction()
 
@@ -26,7 +31,7 @@ function(qtx_install_library target name)
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
   get_target_property(type ${target} TYPE)
   if(NOT type STREQUAL "INTERFACE_LIBRARY")
-    set_target_properties(${target} PROPERTIES INSTALL_RPATH $ORIGIN)
+    qtx_search_libraries(${target} $ORIGIN)
     target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${QTX_INSTALL_HEADERS}>)
   endif()
   install(TARGETS ${target} EXPORT qtx_sycl_stats LIBRARY

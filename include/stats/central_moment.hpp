@@ -42,6 +42,9 @@ QTX_STATS_EXPORT void central_moment(sycl::queue& queue, const dataset<L, sycl::
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if central_moment_2 is absent, or (GPU) a count of the dataset is below 1
+ * \throws device_bad_alloc if a CPU device has no memory for intermediate results
+ *
+ * On a CPU device the calling thread blocks until the results are there.
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event central_moment(sycl::queue& queue, const dataset<L, T*>& data,
@@ -78,6 +81,9 @@ QTX_STATS_EXPORT void central_moment(sycl::queue& queue, sycl::buffer<T, 1> mean
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument as above, then if the mean is null
+ * \throws device_bad_alloc if a CPU device has no memory for intermediate results
+ *
+ * On a CPU device the calling thread blocks until the results are there.
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event central_moment(sycl::queue& queue, T* mean, const dataset<L, T*>& data,

@@ -41,6 +41,9 @@ QTX_STATS_EXPORT void central_sum(sycl::queue& queue, const dataset<L, sycl::buf
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if central_sum_2 is absent, or (GPU) a count of the dataset is below 1
+ * \throws device_bad_alloc if a CPU device has no memory for intermediate results
+ *
+ * On a CPU device the calling thread blocks until the results are there.
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event central_sum(sycl::queue& queue, const dataset<L, T*>& data, T* central_sum_2,

@@ -34,6 +34,9 @@ QTX_STATS_EXPORT void kurtosis(sycl::queue& queue, const dataset<L, sycl::buffer
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument if the output is null, or (GPU) a count of the dataset is below 1
+ * \throws device_bad_alloc if a CPU device has no memory for intermediate results
+ *
+ * On a CPU device the calling thread blocks until the result is there.
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event kurtosis(sycl::queue& queue, const dataset<L, T*>& data, T* kurtosis,
@@ -63,6 +66,9 @@ QTX_STATS_EXPORT void kurtosis(sycl::queue& queue, sycl::buffer<T, 1> mean,
  * \param dependencies events that must finish before the data are read
  * \return the event of the last command
  * \throws invalid_argument as above, then if the mean is null
+ * \throws device_bad_alloc if a CPU device has no memory for intermediate results
+ *
+ * On a CPU device the calling thread blocks until the result is there.
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event kurtosis(sycl::queue& queue, T* mean, const dataset<L, T*>& data, T* kurtosis,

@@ -37,6 +37,8 @@ QTX_STATS_EXPORT void max(sycl::queue& queue, const dataset<L, sycl::buffer<T, 1
  * \return the event of the last command
  * \throws invalid_argument if the output is null, or (GPU) a count of the dataset is below 1
  * \throws device_bad_alloc if the GPU device has no memory for the partial results
+ *
+ * On a GPU device the calling thread blocks until the result is there, unless one pass over the data is enough.
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event max(sycl::queue& queue, const dataset<L, T*>& data, T* max,

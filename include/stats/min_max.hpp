@@ -39,6 +39,8 @@ QTX_STATS_EXPORT void min_max(sycl::queue& queue, const dataset<L, sycl::buffer<
  * \throws invalid_argument if an output is null (min is tested first), or (GPU) a count of the dataset is
  * below 1
  * \throws device_bad_alloc if the GPU device has no memory for the partial results
+ *
+ * On a GPU device the calling thread blocks until the result is there, unless one pass over the data is enough.
  */
 template <method M = method::fast, typename T, layout L>
 QTX_STATS_EXPORT sycl::event min_max(sycl::queue& queue, const dataset<L, T*>& data, T* min, T* max,

@@ -11,8 +11,11 @@
  * - The buffer form takes a dataset of buffers and output buffers, and returns at once. The caller sees
  * completion through its buffers: any later access to them waits for the command.
  * - The USM form takes a dataset of pointers, output pointers and the events to wait for, and returns the
- * event of the last command: the results are complete when it is. On a GPU device the calling thread blocks
- * until the given events have finished.
+ * event of the last command: the results are complete when it is. The memory must stay valid until then. On a GPU
+ * device the calling thread blocks until the given events have finished; max, min and min_max block until their
+ * results are there if they take several passes. On a CPU device a call that needs memory for intermediate results
+ * (central_sum about a computed mean, central_moment, variation, skewness, kurtosis) blocks until its results are there,
+ * and any other call returns at once.
  * - central_sum, central_moment, variation, skewness and kurtosis also exist with a caller's mean in front of
  * the dataset, an array of `n_dims` elements; the estimate is then taken about this mean instead of the
  * computed one.
@@ -27,7 +30,8 @@
  * \section errors Errors
  *
  * Argument checks throw invalid_argument before anything is submitted; a device that is neither CPU nor GPU
- * raises unsupported_device after them. See exception.hpp.
+ * raises unsupported_device after them. USM calls that block for their results may throw device_bad_alloc, on either
+ * device; buffer calls report memory that cannot be had as sycl::exception. See exception.hpp.
  */
 #pragma once
 

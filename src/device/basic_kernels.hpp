@@ -35,7 +35,8 @@ template <bool row_layout, typename Helper, typename T>
 void fetch_tile(const Helper& helper, const sycl::local_accessor<T, 1>& local, const sycl::nd_item<1>& item,
                 const group_tile& tile, std::size_t d) {
     if constexpr (row_layout) {
-        copy_tile(item, local, 0, helper.observations, d * helper.n_observations + tile.begin, tile);
+        copy_tile(item, local, 0, helper.observations,
+                  element_index<layout::by_dimension>(helper, d, tile.begin), tile);
     } else {
         local[item.get_local_id(0)] =
             select(tile.surplus(item), T(0), helper.element(d, tile.begin + tile.lane(item)));

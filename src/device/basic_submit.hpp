@@ -25,8 +25,8 @@ struct basic_scratch {
     /** \param row may be 0 if the scratch is not going to be used */
     template <typename Helper>
     basic_scratch(const Helper& helper, std::uint64_t n_blocks, std::uint64_t row)
-        : block_stride(helper.n_dims * row),
-          sums(sycl::range<1>(std::max<std::uint64_t>(n_blocks * block_stride, 1))),
+        : block_stride(scratch_size(helper.n_dims, row)),
+          sums(sycl::range<1>(std::max<std::uint64_t>(scratch_size(n_blocks, block_stride), 1))),
           weight_sums(weight_range(helper.has_weights, row)),
           weight_square_sums(weight_range(helper.has_weights, row)) {}
 

@@ -18,6 +18,19 @@ void check_count(const char* estimate, const char* name, std::int64_t count) {
 
 thread_local pass_events* innermost = nullptr;
 
+/** \brief Kernels rely on ids that fit a signed 32-bit integer. No later pass is as large as the first. */
+void check_first_pass(const launch_pass& first) {
+    constexpr std::uint64_t limit = std::uint64_t{1} << 31;
+    // No overflow: less than twice the observations, which are a positive signed number.
+    const std::uint64_t n_items = first.n_groups * first.local_size;
+    if (n_items >= limit) {
+        throw sycl::exception(sycl::make_error_code(sycl::errc::nd_range),
+                              "a launch of " + std::to_string(n_items) + " work-items reaches the limit of " +
+                                  std::to_string(limit) + ": n_observations is " +
+                                  std::to_string(first.stride));
+    }
+}
+
 } // namespace
 
 pass_events::pass_events() : outer_(std::exchange(innermost, this)) {}
@@ -42,7 +55,9 @@ launch_plan plan_for(const sycl::queue& queue, std::int64_t n_dims, std::int64_t
                                    device.get_info<sycl::info::device::name>() +
                                    ", whose work-group limit is " + std::to_string(wg));
     }
-    return launch_plan(static_cast<std::uint64_t>(n_observations), wg);
+    launch_plan plan(static_cast<std::uint64_t>(n_observations), wg);
+    check_first_pass(plan.passes().front());
+    return plan;
 }
 
 } // namespace aurelo::qtx::stats::detail::gpu

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -24,9 +25,20 @@ inline constexpr bool is_row_layout = L == layout::by_dimension;
  * \brief The plan of a dataset on the queue's device, by its work-group limit in full.
  * \throws invalid_argument, with the estimate as function word, for counts below 1, and for more than one
  * observation on a device whose work-group limit is 1, where no pass would shorten a row
+ * \throws sycl::exception of `errc::nd_range` for a first pass of 2^31 work-items or more: before there is scratch, which
+ * run-times are asked for earlier than for the launch
  */
 launch_plan plan_for(const sycl::queue& queue, std::int64_t n_dims, std::int64_t n_observations,
                      const char* estimate);
+
+/**
+ * \brief Elements of \p n_rows rows of scratch of \p row elements. Saturates, at a size that no memory has: an
+ * allocation of it is refused.
+ */
+constexpr std::uint64_t scratch_size(std::uint64_t n_rows, std::uint64_t row) {
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    return row == 0 || n_rows <= largest / row ? n_rows * row : largest;
+}
 
 /** \brief Launches a kernel object under its own type as name. */
 template <typename Kernel>

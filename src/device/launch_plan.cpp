@@ -9,7 +9,7 @@ namespace aurelo::qtx::stats::detail::gpu {
 namespace {
 
 std::uint64_t groups_of(std::uint64_t n_elements, std::uint64_t wg) {
-    return (n_elements + wg - 1) / wg;
+    return n_elements / wg + (n_elements % wg != 0 ? 1 : 0);
 }
 
 void check(std::uint64_t n_observations, std::uint64_t wg) {

@@ -93,7 +93,7 @@ void reduce_observations(const Kernel& kernel, const sycl::nd_item<1>& item, con
     constexpr bool staged = !Functor::usm && row_layout;
     if constexpr (staged) {
         stage_tiles<Functor>(kernel, item, common_source{kernel.helper.observations},
-                             d * kernel.helper.n_observations + tile.begin, tile.n_valid);
+                             element_index<layout::by_dimension>(kernel.helper, d, tile.begin), tile.n_valid);
     }
     for_each_reduction(typename Functor::reductions{}, [&](auto index, auto reduction) {
         using reduction_type = decltype(reduction);

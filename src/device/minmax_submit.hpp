@@ -89,9 +89,9 @@ sycl::event submit_minmax(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> dat
         return minmax_single_step<T, L, Functor, true>(queue, helper, functor,
                                                        plan.passes().front().local_size);
     }
-    minmax_passes<Functor, L, true> passes{queue, helper, functor,
-                                           make_partial_buffers<Functor>(helper.n_dims * plan.first_row()),
-                                           make_partial_buffers<Functor>(helper.n_dims * plan.second_row())};
+    minmax_passes<Functor, L, true> passes{
+        queue, helper, functor, make_partial_buffers<Functor>(scratch_size(helper.n_dims, plan.first_row())),
+        make_partial_buffers<Functor>(scratch_size(helper.n_dims, plan.second_row()))};
     return submit_passes(plan, passes);
 }
 
@@ -111,8 +111,8 @@ sycl::event submit_minmax_usm(sycl::queue& queue, dataset<L, T*> data, Functor f
         return minmax_single_step<T, L, Functor, index_64>(queue, helper, functor,
                                                            plan.passes().front().local_size);
     }
-    const std::size_t first = helper.n_dims * plan.first_row();
-    const std::size_t second = helper.n_dims * plan.second_row();
+    const std::size_t first = scratch_size(helper.n_dims, plan.first_row());
+    const std::size_t second = scratch_size(helper.n_dims, plan.second_row());
     if constexpr (Functor::reductions::size == 1) {
         const device_scratch<T> scratch(queue, Functor::estimate, {first, second});
         minmax_passes<Functor, L, index_64> passes{queue, helper, functor, {scratch[0]}, {scratch[1]}};

@@ -23,7 +23,7 @@ sycl::event max(sycl::queue& queue, const dataset<L, T*>& data, T* max,
                 const std::vector<sycl::event>& dependencies) {
     detail::check_present("max", "max", max);
     if (detail::road_of(queue, "max") == detail::road::host) {
-        detail::cpu::max_func<T, true> host(max, detail::cpu::method_fast);
+        detail::cpu::max_func<T, true> host{max, detail::cpu::method_fast};
         return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::submit_minmax_usm(queue, data, detail::gpu::max_func_fast<T, true>(max),

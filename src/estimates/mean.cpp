@@ -22,7 +22,7 @@ sycl::event mean(sycl::queue& queue, const dataset<L, T*>& data, T* mean,
                  const std::vector<sycl::event>& dependencies) {
     detail::check_present("mean", "mean", mean);
     if (detail::road_of(queue, "mean") == detail::road::host) {
-        detail::cpu::mean_func<T, true> host(mean, detail::cpu::method_fast);
+        detail::cpu::mean_func<T, true> host{mean, detail::cpu::method_fast};
         return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::mean<method::fast, T, L>(queue, data, mean, dependencies);

@@ -23,7 +23,7 @@ sycl::event min(sycl::queue& queue, const dataset<L, T*>& data, T* min,
                 const std::vector<sycl::event>& dependencies) {
     detail::check_present("min", "min", min);
     if (detail::road_of(queue, "min") == detail::road::host) {
-        detail::cpu::min_func<T, true> host(min, detail::cpu::method_fast);
+        detail::cpu::min_func<T, true> host{min, detail::cpu::method_fast};
         return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::submit_minmax_usm(queue, data, detail::gpu::min_func_fast<T, true>(min),

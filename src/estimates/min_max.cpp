@@ -26,7 +26,7 @@ sycl::event min_max(sycl::queue& queue, const dataset<L, T*>& data, T* min, T* m
     detail::check_present("min_max", "min", min);
     detail::check_present("min_max", "max", max);
     if (detail::road_of(queue, "min_max") == detail::road::host) {
-        detail::cpu::min_max_func<T, true> host(min, max, detail::cpu::method_fast);
+        detail::cpu::min_max_func<T, true> host{min, max, detail::cpu::method_fast};
         return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::submit_minmax_usm(queue, data, detail::gpu::min_max_func_fast<T, true>(min, max),

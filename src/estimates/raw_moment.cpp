@@ -24,8 +24,8 @@ sycl::event raw_moment(sycl::queue& queue, const dataset<L, T*>& data, T* mean, 
                        T* raw_moment_3, T* raw_moment_4, const std::vector<sycl::event>& dependencies) {
     detail::check_outputs("raw_moment", "moments", "mean", mean, raw_moment_2, raw_moment_3, raw_moment_4);
     if (detail::road_of(queue, "raw_moment") == detail::road::host) {
-        detail::cpu::raw_moment_func<T, true> host(mean, raw_moment_2, raw_moment_3, raw_moment_4,
-                                                   detail::cpu::method_fast);
+        detail::cpu::raw_moment_func<T, true> host{mean, raw_moment_2, raw_moment_3, raw_moment_4,
+                                                   detail::cpu::method_fast};
         return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::raw_moment<method::fast, T, L>(queue, data, mean, raw_moment_2, raw_moment_3,

@@ -23,8 +23,8 @@ sycl::event raw_sum(sycl::queue& queue, const dataset<L, T*>& data, T* sum, T* r
                     T* raw_sum_4, const std::vector<sycl::event>& dependencies) {
     detail::check_outputs("raw_sum", "sums", "sum", sum, raw_sum_2, raw_sum_3, raw_sum_4);
     if (detail::road_of(queue, "raw_sum") == detail::road::host) {
-        detail::cpu::raw_sum_func<T, true> host(sum, raw_sum_2, raw_sum_3, raw_sum_4,
-                                                detail::cpu::method_fast);
+        detail::cpu::raw_sum_func<T, true> host{sum, raw_sum_2, raw_sum_3, raw_sum_4,
+                                                detail::cpu::method_fast};
         return detail::cpu::submit(queue, data, host, dependencies);
     }
     return detail::gpu::raw_sum<method::fast, T, L>(queue, data, sum, raw_sum_2, raw_sum_3, raw_sum_4,

@@ -12,19 +12,24 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace aurelo::qtx::stats::detail::cpu {
 
-/** \brief Elements of a scratch array. A count below 1 is the component's to refuse, so that it gets that
- * far. */
-inline std::size_t scratch_size(std::int64_t n_dims) {
-    return static_cast<std::size_t>(std::max<std::int64_t>(n_dims, 1));
+/**
+ * \brief Elements of a scratch array. A count below 1 is left to the component to refuse. One that is too large for a size
+ * in bytes becomes the largest that is not: no allocation of that many succeeds, and nothing wraps around.
+ */
+template <typename T>
+std::size_t scratch_size(std::int64_t n_dims) {
+    constexpr auto most = static_cast<std::int64_t>(std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T));
+    return static_cast<std::size_t>(std::clamp<std::int64_t>(n_dims, 1, most));
 }
 
-/** \brief A scratch array of the buffer shape; its storage goes when no command uses it. */
+/** \brief A scratch array of the buffer form; its storage goes when no command uses it. */
 template <typename T>
 sycl::buffer<T, 1> scratch_buffer(std::int64_t n_dims) {
-    return sycl::buffer<T, 1>(sycl::range<1>(scratch_size(n_dims)));
+    return sycl::buffer<T, 1>(sycl::range<1>(scratch_size<T>(n_dims)));
 }
 
 /** \brief A one-element buffer that stands in for an absent output, or for scratch that nothing will ask for.
@@ -35,13 +40,14 @@ sycl::buffer<T, 1> spare_buffer() {
 }
 
 /**
- * \brief Owns all scratch of a call of the USM shape. Every array is asked for before any is tested, and they
+ * \brief Owns all scratch of a call of the USM form. Every array is asked for before any is tested, and they
  * are freed in the order of their allocation on every way out.
  */
 template <typename T>
 class usm_scratch {
 public:
-    usm_scratch(sycl::queue& queue, std::int64_t n_dims) : queue_(queue), elements_(scratch_size(n_dims)) {}
+    usm_scratch(sycl::queue& queue, std::int64_t n_dims)
+        : queue_(queue), elements_(scratch_size<T>(n_dims)) {}
     ~usm_scratch() {
         for (std::size_t i = 0; i < count_; ++i) {
             sycl::free(arrays_[i], queue_);

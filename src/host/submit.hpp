@@ -60,14 +60,16 @@ sycl::event submit_bound(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>>& dat
         const bound_input<has_weights, T> weights(data.weights, handler);
         const bound_input<has_indices, std::int64_t> indices(data.indices, handler);
         func.set_requirements(handler);
-        handler.host_task([data, observations, weights, indices, func] {
-            run_task<T, L>(data.n_dims, data.n_observations, observations.get(), weights.get(), indices.get(),
-                           func);
+        // No buffer of the dataset: a captured handle would let the destructor of the user's own buffer return while the
+        // command still reads the user's memory.
+        handler.host_task([n_dims = data.n_dims, n_observations = data.n_observations, observations, weights,
+                           indices, func] {
+            run_task<T, L>(n_dims, n_observations, observations.get(), weights.get(), indices.get(), func);
         });
     });
 }
 
-/** \brief Submits the buffer shape; one of four command groups, so that none tests what is present. */
+/** \brief Submits the buffer form; one of four command groups, so that none tests what is present. */
 template <typename T, layout L, typename Func>
 sycl::event submit(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> data, Func& func) {
     const bool has_weights = data.weights.size() != 0;
@@ -80,7 +82,7 @@ sycl::event submit(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> data, Func
                        : submit_bound<false, false>(queue, data, func);
 }
 
-/** \brief Submits the USM shape; the caller's dependencies are its only order. */
+/** \brief Submits the USM form; the caller's dependencies are its only order. */
 template <typename T, layout L, typename Func>
 sycl::event submit(sycl::queue& queue, dataset<L, T*> data, Func& func,
                    const std::vector<sycl::event>& dependencies) {

@@ -1,3 +1,4 @@
+#include "device/dataset_helper.hpp"
 #include "device/launch_plan.hpp"
 
 #include <gtest/gtest.h>
@@ -53,4 +54,14 @@ TEST(launch_plan, refuses_what_would_never_end) {
     EXPECT_THROW(launch_plan(2, 1), std::invalid_argument);
     EXPECT_THROW(launch_plan(0, 96), std::invalid_argument);
     EXPECT_THROW(launch_plan(5, 0), std::invalid_argument);
+}
+
+TEST(positions, of_the_last_of_more_than_four_gibi_elements) {
+    using namespace aurelo::qtx::stats;
+    const auto expect_last = []<layout L>() {
+        const auto helper = detail::make_helper<true>(dataset<L, float*>(70'001, 80'003, nullptr));
+        EXPECT_EQ(detail::element_index<L>(helper, 70'000, 80'002), 5'600'290'002u);
+    };
+    expect_last.operator()<layout::by_dimension>();
+    expect_last.operator()<layout::by_observation>();
 }

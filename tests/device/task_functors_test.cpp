@@ -9,7 +9,7 @@
 #include "support/devices.hpp"
 
 // Functors as offloaded tasks run them: under masks of 32-bit integers behind the type of 64-bit ones, with exactly as
-// much memory as the mask has, with any of their arrays absent. Integer data, bit for bit.
+// much memory as the mask has, with any of their arrays absent. Bit for bit.
 
 namespace {
 
@@ -71,7 +71,7 @@ protected:
                     const test::recipe recipe{.n_dims = n_dims,
                                               .n_observations = n_observations,
                                               .weights = static_cast<test::weighting>(bits % 3),
-                                              .integers = true,
+                                              .integers = test::knows_integers_only(device),
                                               .own_mean = own_mean};
                     task<T> one{sycl::queue(device), test::make<T>(recipe), {}};
                     for (unsigned d = 0; d < n_dims; ++d) {

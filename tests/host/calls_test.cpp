@@ -1,12 +1,18 @@
 #include "failing_allocation.hpp"
 #include "recording_component.hpp"
 
+#include <stats/make_partials.hpp>
 #include <stats/stats.hpp>
+#include <support/devices.hpp>
 
 #include <sycl/sycl.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <future>
 
 // What the library asks of the component, call by call, for every form of every estimate.
 
@@ -251,4 +257,56 @@ TEST(scratch_failures, each_allocation_may_fail_and_nothing_is_lost_or_submitted
         EXPECT_EQ(test::live_allocations(), before);
         EXPECT_FALSE(test::component::take_calls().empty());
     }
+}
+
+TEST(partials, of_failed_commands_are_no_numbers) {
+    double memory[6] = {1, 2, 3, 4, 5, 6};
+    for (const bool on_pointers : {false, true}) {
+        int errors = 0;
+        sycl::queue queue(cpu().get_device(),
+                          [&](const sycl::exception_list& list) { errors += int(list.size()); });
+        test::component::fail_at("compute", -4020);
+        const auto made =
+            on_pointers
+                ? stats::make_partials(queue, stats::dataset<rows, double*>{2, 3, memory})
+                : stats::make_partials(queue, stats::dataset<rows, buffer>{2, 3, buffer(memory, memory + 6)});
+        EXPECT_EQ(errors, 1);
+        for (const stats::partial& p : made) {
+            for (const double result : {p.mean, p.min, p.max, p.central_sum[0], p.central_sum[1],
+                                        p.central_sum[2], p.raw_sum[0], p.raw_sum[3]}) {
+                EXPECT_TRUE(std::isnan(result)) << result;
+            }
+        }
+        test::component::take_calls();
+    }
+}
+
+// Sums are on their way to the arrays of the call when the scratch of the next estimate fails.
+TEST(partials, are_freed_when_no_command_stores_into_them_any_more) {
+    const sycl::device device = test::gpu_with_limit(4);
+    sycl::queue queue(device);
+    std::vector<double> values(100, 1);
+    const stats::dataset<rows, double*> data{1, 100, values.data()};
+    std::string message;
+    for (int sound = 0; sound < 100 && message.find("min_max") == std::string::npos; ++sound) {
+        const int before = test::live_allocations();
+        test::held hold(device);
+        test::fail_allocation_after(sound);
+        auto call = std::async(std::launch::async, [&] { stats::make_partials(queue, data); });
+        const bool waits = call.wait_for(std::chrono::milliseconds(5)) == std::future_status::timeout;
+        hold.release();
+        try {
+            call.get();
+            test::fail_allocation_after(-1);
+            break;
+        } catch (const std::exception& error) {
+            message = error.what();
+        }
+        test::fail_allocation_after(-1);
+        EXPECT_EQ(test::live_allocations(), before) << message;
+        if (message.find("min_max") != std::string::npos) {
+            EXPECT_TRUE(waits) << message;
+        }
+    }
+    EXPECT_THAT(message, testing::HasSubstr("min_max: cannot allocate memory"));
 }

@@ -11,6 +11,7 @@ import tempfile
 import unittest
 
 import consumer
+import search_paths
 from command import run
 
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
@@ -33,9 +34,6 @@ class Install(unittest.TestCase):
     def installed(self):
         return [path for path in self.prefix.rglob("*") if path.is_file() and not path.is_symlink()]
 
-    def programs_and_libraries(self):
-        return [path for path in self.installed() if path.read_bytes()[:4] == b"\x7fELF"]
-
     def build_with_cmake(self):
         build = self.folder / "by_cmake"
         if not build.exists():
@@ -53,17 +51,17 @@ class Install(unittest.TestCase):
             self.assertEqual(pathlib.Path(found[name]).resolve().parent, (self.prefix / options.libdir).resolve(), name)
 
     def test_files_name_no_place_of_the_build(self):
-        self.assertTrue(self.programs_and_libraries())
         for path in self.installed():
             content = path.read_bytes()
             for place in (options.build, SOURCE, self.first):
                 self.assertNotIn(str(place).encode(), content, path)
 
     def test_libraries_are_searched_beside_what_needs_them(self):
-        for path in self.programs_and_libraries():
-            found = re.findall(r"\((RUNPATH|RPATH)\).*\[(.*)\]", run("readelf", "-d", path))
+        programs_and_libraries = search_paths.elf_files(self.prefix)
+        self.assertTrue(programs_and_libraries)
+        for path in programs_and_libraries:
             wanted = "$ORIGIN/" + os.path.relpath(self.prefix / options.libdir, path.parent)
-            self.assertEqual(found, [("RUNPATH", wanted.removesuffix("/."))], path)
+            self.assertEqual(search_paths.search_path(path), [("RUNPATH", wanted.removesuffix("/."))], path)
 
     def test_program_built_by_cmake(self):
         build = self.build_with_cmake()

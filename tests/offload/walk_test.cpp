@@ -1,6 +1,8 @@
 #include "driver_watch.hpp"
 #include "expected.hpp"
 
+#include "support/closed_memory.hpp"
+
 // Which kernels an entry launches on a software GPU, seen at the driver.
 
 namespace {
@@ -83,4 +85,48 @@ TEST(walk, minimum_of_several_groups_is_complete_on_return) {
     EXPECT_GT(watch().tried_allocations, 0);
     expect_results(task, {slot_minimum}, device->work_group_limit);
     EXPECT_TRUE(omptarget_interop_wait(interop.get(), 1, 60000));
+}
+
+namespace {
+
+/// The software GPU with memory that the host can be shut out of.
+class closed_device : public interop_device {
+public:
+    closed_device() {
+        runtime = software_gpu().runtime;
+        work_group_limit = software_gpu().work_group_limit;
+    }
+    interop_object interop() override { return software_gpu().interop(); }
+    sycl::device as_sycl_device() const override { return software_gpu().as_sycl_device(); }
+    void* allocate(std::size_t bytes) override { return memory.allocate(bytes); }
+    void release(void*) override {}
+
+    closed_memory memory;
+};
+
+} // namespace
+
+TEST(walk, of_one_group_reads_nothing_on_the_host_that_slots_lead_to) {
+    for (const bool about_mean : {false, true}) {
+        in_every_type([&]<typename T, typename Integer>() {
+            closed_device device;
+            offload_task<T, Integer> task(device, make<T>({.n_dims = 3,
+                                                           .n_observations = 9,
+                                                           .weights = weighting::positive,
+                                                           .mask = masking::alternate,
+                                                           .own_mean = about_mean}));
+            const auto interop = device.interop();
+            omptarget_interop_set_nowait(interop.get(), 1);
+            held_device held(device);
+            device.memory.close();
+            const int status = compute(task, est_all, about_mean ? 256 : 1, interop);
+            device.memory.open();
+            held.let_go();
+            EXPECT_EQ(status, 0);
+            EXPECT_TRUE(omptarget_interop_wait(interop.get(), 1, 60000));
+            if (!about_mean) {
+                expect_results(task, everything, device.work_group_limit);
+            }
+        });
+    }
 }

@@ -1,5 +1,7 @@
 #include "kernels.hpp"
 
+#include <algorithm>
+
 namespace test {
 
 namespace {
@@ -38,11 +40,11 @@ struct sum_of_squares_kernel {
 
 template <typename T>
 sycl::event sum_of_squares(sycl::queue& queue, sycl::buffer<T, 1>& in, sycl::buffer<T, 1>& out,
-                           std::size_t local_size) {
+                           std::size_t local_size, std::size_t tile_size) {
     return queue.submit([&](sycl::handler& handler) {
         const reading<T> source(in, handler);
         const writing<T> target(out, handler);
-        const sycl::local_accessor<T, 1> tile(sycl::range<1>(local_size), handler);
+        const sycl::local_accessor<T, 1> tile(sycl::range<1>(std::max(tile_size, local_size)), handler);
         const sycl::local_accessor<T, 1> turned(sycl::range<1>(local_size), handler);
         handler.parallel_for<sum_of_squares_kernel<T>>(
             sycl::nd_range<1>(in.size(), local_size), sum_of_squares_kernel<T>{source, target, tile, turned});
@@ -103,8 +105,8 @@ sycl::event add_rounds(sycl::queue& queue, const float* values, std::size_t n, s
 }
 
 template sycl::event sum_of_squares(sycl::queue&, sycl::buffer<float, 1>&, sycl::buffer<float, 1>&,
-                                    std::size_t);
+                                    std::size_t, std::size_t);
 template sycl::event sum_of_squares(sycl::queue&, sycl::buffer<double, 1>&, sycl::buffer<double, 1>&,
-                                    std::size_t);
+                                    std::size_t, std::size_t);
 
 } // namespace test

@@ -7,10 +7,11 @@
 /// Kernels of the tests of the OpenCL back end, host-compiled and as device images.
 namespace test {
 
-/// out[group] = sum of the squares of the group's tile of \p in, which is staged in local memory, and turned around there.
+/// out[group] = sum of the squares of the group's tile of \p in, which is staged in local memory, with room for \p tile_size
+/// elements if that is more, and turned around there.
 template <typename T>
 sycl::event sum_of_squares(sycl::queue& queue, sycl::buffer<T, 1>& in, sycl::buffer<T, 1>& out,
-                           std::size_t local_size);
+                           std::size_t local_size, std::size_t tile_size = 0);
 
 /// values[i] = values[i] * factor + i, behind \p dependencies.
 sycl::event scale_and_count(sycl::queue& queue, float* values, std::size_t n, float factor,

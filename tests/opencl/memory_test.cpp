@@ -26,6 +26,9 @@ TEST_F(opencl_memory, more_than_the_device_has_is_null) {
     const auto all = device.get_info<sycl::info::device::global_mem_size>();
     EXPECT_EQ(sycl::malloc_device(all * 4, queue), nullptr);
     EXPECT_EQ(sycl::malloc_device(0, queue), nullptr);
+    EXPECT_EQ(sycl::malloc_device<double>((std::size_t{1} << 61) + 1, queue), nullptr);
+    const std::size_t too_round = std::size_t{1} << 40; // more than the driver's 32 bits say
+    EXPECT_EQ(sycl::aligned_malloc(too_round, 8, queue, sycl::usm::alloc::device), nullptr);
 }
 
 TEST_F(opencl_memory, copies_and_fills_of_no_bytes_complete) {

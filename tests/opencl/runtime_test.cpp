@@ -1,10 +1,13 @@
 #include "device.hpp"
 #include "kernels.hpp"
 
+#include <sycl/detail/local_pool.hpp>
+
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <numeric>
+#include <string>
 #include <vector>
 
 using testing::HasSubstr;
@@ -109,15 +112,28 @@ TEST_F(opencl_kernels, a_kernel_without_image_is_refused_by_its_readable_name) {
     EXPECT_THAT(error.what(), HasSubstr("kernel_without_image"));
 }
 
-TEST_F(opencl_kernels, local_memory_above_the_limit_is_refused) {
+TEST_F(opencl_kernels, local_memory_is_limited_together_with_that_of_group_algorithms) {
     const auto limit = device.get_info<sycl::info::device::local_mem_size>();
-    const auto error = refusal_of([&] {
-        queue.submit([&](sycl::handler& handler) {
-            const sycl::local_accessor<float, 1> too_much(sycl::range<1>(limit / sizeof(float)), handler);
-            handler.parallel_for(sycl::nd_range<1>(1, 1), [=](sycl::nd_item<1>) { too_much[0] = 1; });
-        });
-    });
-    EXPECT_THAT(error.what(), testing::AnyOf(HasSubstr("local memory"), HasSubstr("device image")));
+    const std::size_t of_algorithms = sycl::detail::group_scratch_bytes(4, sizeof(double));
+    std::vector<float> values{1, 2, 3, 4};
+    float sum = -1;
+    const auto sum_with = [&](std::size_t local_bytes) {
+        sycl::buffer<float, 1> in(values.data(), values.size());
+        sycl::buffer<float, 1> out(&sum, 1);
+        test::sum_of_squares(queue, in, out, 4, local_bytes / sizeof(float) - 4);
+    };
+    for (const std::size_t too_much : {limit - of_algorithms + sizeof(float), std::size_t{limit}}) {
+        const auto error = refusal_of([&] { sum_with(too_much); });
+        EXPECT_EQ(error.code(), sycl::errc::memory_allocation);
+        EXPECT_EQ(error.what(), std::to_string(too_much + of_algorithms) +
+                                    " bytes of local memory, with those of the group algorithms, are above "
+                                    "the limit of " +
+                                    std::to_string(limit) + " of " +
+                                    device.get_info<sycl::info::device::name>());
+    }
+    EXPECT_EQ(sum, -1);
+    sum_with(limit - of_algorithms);
+    EXPECT_EQ(sum, 30);
 }
 
 } // namespace

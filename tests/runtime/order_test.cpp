@@ -50,6 +50,16 @@ void order_event(const char* what) {
     }
 }
 
+// In front of those of the runtime.
+extern "C" {
+__attribute__((visibility("default"))) void __sycl_register_lib(const void*) {
+    order_event("images");
+}
+__attribute__((visibility("default"))) void __sycl_unregister_lib(const void*) {
+    order_event("images gone");
+}
+}
+
 TEST(order, images_come_first_and_go_last_and_queues_go_before_contexts_at_exit_and_dlclose) {
     const std::string events =
         "images\nworking directory\nfirst cache\nsecond cache\nthe first has the contexts\n"

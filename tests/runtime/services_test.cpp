@@ -8,7 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 TEST(services, a_lock_admits_one_thread_at_a_time) {
@@ -81,14 +83,58 @@ TEST(services, messages_name_what_is_wrong) {
 
 TEST(services_death, both_ends_stop_the_process_with_the_status_and_flush) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    static const auto in_buffer = [](const char* text) {
-        static char buffer[64];
-        std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
-        dup2(STDERR_FILENO, STDOUT_FILENO);
-        std::printf("%s", text);
+    static const auto in_buffer = [](FILE* stream) {
+        static char buffer[2][64];
+        std::setvbuf(stream, buffer[stream == stdout], _IOFBF, sizeof buffer[0]);
+        std::fputs("kept ", stream); // glibc does not buffer what comes first
+        std::fputs("words", stream);
     };
-    EXPECT_EXIT((in_buffer("kept words"), qtx_serv_exit(2)), testing::ExitedWithCode(2), "kept words");
-    EXPECT_EXIT(qtx_serv_iface_exit(3), testing::ExitedWithCode(3), "ends with status 3");
+    EXPECT_EXIT((dup2(STDERR_FILENO, STDOUT_FILENO), in_buffer(stdout), qtx_serv_exit(2)),
+                testing::ExitedWithCode(2), "kept words");
+    EXPECT_EXIT((in_buffer(stderr), qtx_serv_iface_exit(3)), testing::ExitedWithCode(3),
+                "ends with status 3\nwords");
+}
+
+// What other threads hold, and they hold it for ever.
+TEST(services_death, the_ends_wait_for_no_other_thread) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    static const auto while_another = [](FILE* busy, void (*keep_busy)()) {
+        alarm(10);
+        std::thread(keep_busy).detach();
+        while (ftrylockfile(busy) == 0) {
+            funlockfile(busy);
+            std::this_thread::yield();
+        }
+        qtx_serv_print(0, 3, 1, "'clFinish'");
+        qtx_serv_iface_exit(3);
+    };
+    static const auto waits_for_input = [] {
+        int ends[2];
+        char line[8];
+        dup2(pipe(ends) == 0 ? ends[0] : -1, STDIN_FILENO);
+        std::fgets(line, sizeof line, stdin);
+    };
+    const auto ended = testing::ExitedWithCode(3);
+    const char* const words = "clFinish.*\n.*ends with status 3";
+    EXPECT_EXIT(while_another(stdin, waits_for_input), ended, words);
+    EXPECT_EXIT(while_another(stdout, [] { flockfile(stdout), pause(); }), ended, words);
+    EXPECT_EXIT(while_another(stderr, [] { flockfile(stderr), pause(); }), ended, words);
+}
+
+TEST(services_death, the_ends_give_up_on_a_reader_that_takes_nothing) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    static const auto into_a_full_pipe = [] {
+        alarm(10);
+        int ends[2];
+        const bool is_ready = pipe(ends) == 0 && fcntl(ends[1], F_SETFL, O_NONBLOCK) == 0;
+        while (is_ready && write(ends[1], "full", 4) > 0) {
+        }
+        fcntl(ends[1], F_SETFL, 0);
+        dup2(ends[1], STDOUT_FILENO);
+        std::printf("lost words");
+        qtx_serv_exit(2);
+    };
+    EXPECT_EXIT(into_a_full_pipe(), testing::ExitedWithCode(2), "");
 }
 
 TEST(services, this_process_shares_its_c_library) {

@@ -1,11 +1,17 @@
 // What must not change a bit: threads, reruns, addresses, the method code, the order of dimensions, a power
-// of two.
+// of two, the floating-point environment of the caller.
 #include "fixture.hpp"
 
+#include <cfenv>
 #include <cmath>
 #include <omp.h>
 #include <random>
 #include <sys/mman.h>
+#include <thread>
+
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
 
 namespace {
 
@@ -103,6 +109,74 @@ TYPED_TEST(reproducibility, columns_may_change_places) {
             for (std::int64_t d = 0; d < dims; ++d) {
                 EXPECT_EQ(a(k, d), b(k, (d + 3) % dims)) << oracle::names[static_cast<std::size_t>(k)];
             }
+        }
+    }
+}
+
+/// What a thread may have set: rounding, traps, and where there is one the flushing of denormal numbers.
+struct float_environment {
+    int rounding;
+    int traps;
+    bool flushes;
+
+    void set() const {
+        std::fesetround(rounding);
+        feenableexcept(traps);
+#if defined(__SSE__)
+        _mm_setcsr(_mm_getcsr() | (flushes ? 0x8040U : 0U)); // FTZ and DAZ
+#endif
+    }
+};
+
+/// The whole environment in words that can be compared.
+std::vector<unsigned> environment_words() {
+    std::vector<unsigned> words{static_cast<unsigned>(std::fegetround()),
+                                static_cast<unsigned>(fegetexcept()),
+                                static_cast<unsigned>(std::fetestexcept(FE_ALL_EXCEPT))};
+#if defined(__SSE__)
+    words.push_back(_mm_getcsr());
+#endif
+    return words;
+}
+
+// Some elements are denormal numbers, some sums are infinite and some powers inexact: each environment would show.
+TYPED_TEST(reproducibility, the_floating_point_environment_of_the_caller_changes_nothing_and_is_kept) {
+    const float_environment environments[] = {
+        {FE_UPWARD, 0, false},
+        {FE_DOWNWARD, 0, false},
+        {FE_TOWARDZERO, 0, true},
+        {FE_TONEAREST, 0, true},
+        {FE_TONEAREST, FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW, false},
+    };
+    const std::int64_t dims = 3, n = 100001;
+    matrix<TypeParam> m = this->sample(dims, n, TSB_SS_STORAGE_BY_OBSERVATION, true);
+    for (std::int64_t i = 0; i < n; ++i) {
+        m.at(1, i) = static_cast<TypeParam>(i % 5) * std::numeric_limits<TypeParam>::denorm_min();
+    }
+    m.at(2, 7) = std::numeric_limits<TypeParam>::infinity();
+    m.weights[5] = std::numeric_limits<TypeParam>::denorm_min();
+    for (const int threads : {1, 2}) {
+        const auto in_thread = [&](const float_environment& environment) {
+            results<TypeParam> got(dims);
+            std::thread([&] {
+                omp_set_num_threads(threads);
+#pragma omp parallel
+                environment.set();
+                const auto before = environment_words();
+                got = run(m, every_estimate);
+                const auto after = environment_words();
+                EXPECT_EQ(before, after);
+                fedisableexcept(FE_ALL_EXCEPT);
+            }).join();
+            return got;
+        };
+        const auto expected = in_thread({FE_TONEAREST, 0, false});
+        EXPECT_GT(expected(0, 1), 0) << "no denormal number was seen";
+        for (const auto& environment : environments) {
+            SCOPED_TRACE(testing::Message()
+                         << "rounding " << environment.rounding << ", traps " << environment.traps
+                         << ", flushing " << environment.flushes << ", " << threads << " threads");
+            this->expect_same(expected, in_thread(environment), "environment");
         }
     }
 }

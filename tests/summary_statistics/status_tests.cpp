@@ -48,8 +48,12 @@ TEST_F(statuses, of_the_maker) {
         refused(TSB_SS_BAD_OBSERVATIONS);
         observations = 3;
     }
-    observations = std::int64_t{1} << 60;
-    refused(TSB_SS_BAD_OBSERVATIONS);
+    for (const auto& [d, n] : {std::pair{1, 60}, {62, 10}, {55, 0}, {0, 55}}) { // powers of two
+        dims = std::int64_t{1} << d;
+        observations = (std::int64_t{1} << n) + 1;
+        refused(TSB_SS_BAD_OBSERVATIONS);
+    }
+    dims = 2;
     observations = 3;
     storage = 0;
     refused(TSB_SS_BAD_STORAGE);
@@ -120,6 +124,19 @@ TEST_F(statuses, of_compute_write_nothing) {
     EXPECT_EQ(tsbdSSCompute(task, 0, TSB_SS_METHOD_FAST), TSB_SS_OK);
     expect_untouched();
 }
+
+#ifndef __SANITIZE_ADDRESS__ // which ends the process for such a request
+TEST_F(statuses, of_scratch_beyond_the_address_space) {
+    storage = TSB_SS_STORAGE_BY_OBSERVATION;
+    dims = std::int64_t{1} << 39;
+    observations = 16385; // in two chunks at least, each with 16 sums per dimension
+    float element = 1, mean = untouched<float>;
+    ASSERT_EQ(tsbsSSNewTask_64(&task, &dims, &observations, &storage, &element, nullptr, nullptr), TSB_SS_OK);
+    ASSERT_EQ(tsbsSSEditTask(task, TSB_SS_PARAM_MEAN, &mean), TSB_SS_OK);
+    EXPECT_EQ(tsbsSSCompute(task, TSB_SS_EST_MEAN, TSB_SS_METHOD_FAST), TSB_SS_NO_MEMORY);
+    EXPECT_EQ(mean, untouched<float>);
+}
+#endif
 
 TEST_F(statuses, of_each_missing_array) {
     ASSERT_EQ(make(), TSB_SS_OK);

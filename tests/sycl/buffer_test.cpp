@@ -52,6 +52,41 @@ TEST_P(buffers, of_size_zero_are_legal_everywhere) {
     EXPECT_TRUE(sycl::host_accessor(nothing).empty());
 }
 
+TEST_P(buffers, larger_than_any_memory_are_refused_with_their_size) {
+    const std::pair<std::size_t, std::string> cases[] = {
+        {(std::size_t{1} << 62) + 1, "2^64 or more bytes"}, // 4 bytes, if the product wraps around
+        {std::size_t{1} << 61, "9223372036854775808 bytes"}};
+    int value = 1;
+    for (const auto& [count, words] : cases) {
+        const auto expect_no_memory = [words = words](const auto& call) {
+            test::expect_refused(sycl::errc::memory_allocation, words, call);
+        };
+        const sycl::range<1> extent(count);
+        expect_no_memory([&] { int_buffer(&value, extent); });
+        expect_no_memory([&] { int_buffer(const_cast<const int*>(&value), extent); });
+        int_buffer unused(extent);
+        expect_no_memory([&] { unused.set_final_data(&value); });
+        expect_no_memory([&] { (void)sycl::host_accessor(unused); });
+        expect_no_memory([&] { in_kernel(queue, unused, add_one); });
+    }
+    {
+        int_buffer data(&value, 1);
+        in_kernel(queue, data, add_one);
+    }
+    EXPECT_EQ(value, 2);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which end the program
+TEST_P(buffers, larger_than_the_memory_there_is_are_refused_with_their_size) {
+    int_buffer data{sycl::range<1>(std::size_t{1} << 45)};
+    for (const bool on_host : {true, false}) {
+        test::expect_refused(sycl::errc::memory_allocation, "140737488355328 bytes", [&] {
+            on_host ? (void)sycl::host_accessor(data) : (void)in_kernel(queue, data, add_one);
+        });
+    }
+}
+#endif
+
 TEST_P(buffers, move_between_the_memories_of_devices) {
     std::vector<int> host(100);
     std::iota(host.begin(), host.end(), 0);

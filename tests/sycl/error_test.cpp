@@ -119,17 +119,31 @@ TEST_P(errors, launches_beyond_the_limits_are_refused_with_the_limit) {
             queue.parallel_for(sycl::nd_range<1>(global, local), [](sycl::nd_item<1>) {});
         });
     }
-    expect_refused(sycl::errc::memory_allocation, "8589934592", [&] {
-        queue.submit([](sycl::handler& group) {
-            const sycl::local_accessor<double, 1> tile(std::size_t{1} << 30, group);
-            group.parallel_for(sycl::nd_range<1>(1, 1), [=](sycl::nd_item<1>) { tile[0] = 0; });
+    // The second size in bytes, and the sum of the third, are 0 if they wrap around.
+    const std::tuple<std::size_t, std::size_t, std::string> local_memory[] = {
+        {std::size_t{1} << 30, 0, "8589934592 bytes"},
+        {std::size_t{1} << 61, 0, "local memory"},
+        {std::size_t{1} << 60, std::size_t{1} << 60, "local memory"}};
+    for (const auto& [size, other, text] : local_memory) {
+        expect_refused(sycl::errc::memory_allocation, text, [&, size = size, other = other] {
+            queue.submit([&](sycl::handler& group) {
+                const sycl::local_accessor<double, 1> first(size, group);
+                const sycl::local_accessor<double, 1> last(other, group);
+                group.parallel_for(sycl::nd_range<1>(1, 1),
+                                   [=](sycl::nd_item<1>) { first[0] = last[0] = 0; });
+            });
         });
-    });
+    }
 }
 
 TEST_P(errors, misused_arguments_are_refused) {
+    int value = 0;
+    const std::size_t wrapping = (std::size_t{1} << 62) + 1; // by the size of an int
     const std::function<void()> cases[] = {
-        [&] { queue.memcpy(nullptr, &queue, 4); }, [&] { queue.fill<int>(nullptr, 1, 4); },
+        [&] { queue.memcpy(nullptr, &queue, 4); },
+        [&] { queue.fill<int>(nullptr, 1, 4); },
+        [&] { queue.copy(&value, &value, wrapping); },
+        [&] { queue.fill(&value, 1, wrapping); },
         [&] { (void)sycl::aligned_malloc(3, 8, GetParam(), queue.get_context(), sycl::usm::alloc::device); },
         [&] { sycl::queue(queue.get_context(), test::gpu_with_limit(2)); },
         [&] { sycl::context(std::vector<sycl::device>{}); }};

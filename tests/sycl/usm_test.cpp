@@ -13,6 +13,7 @@ TEST_P(usm, every_kind_knows_its_type_and_device) {
         EXPECT_EQ(sycl::get_pointer_device(memory, context), GetParam());
         sycl::free(memory, queue);
         EXPECT_EQ(sycl::get_pointer_type(memory, context), sycl::usm::alloc::unknown);
+        EXPECT_EQ(sycl::malloc<double>((std::size_t{1} << 61) + 1, queue, kind), nullptr) << "2^64 + 8 bytes";
     }
     int foreign = 0;
     EXPECT_EQ(sycl::get_pointer_type(&foreign, context), sycl::usm::alloc::unknown);

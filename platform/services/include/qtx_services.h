@@ -57,6 +57,8 @@ QTX_SERV_API int qtx_serv_fprintf_s(FILE* stream, const char* format, ...)
  * \param message its number within the kind
  * \param n_arguments how many strings follow
  *
+ * The line goes to file descriptor 2 past the stream stderr, whose lock another thread may hold.
+ *
  * (0, 3): a run-time library lacks an entry; the string is its quoted name. (1, 1): the working directory
  * cannot be read; the string is the file name of the library being loaded, errno tells why.
  */
@@ -64,9 +66,11 @@ QTX_SERV_API void qtx_serv_print(int kind, int message, int n_arguments, ...);
 
 /**
  * \name The end of the process, with status \p code
- * Both flush the C streams and stop at once, without exit handlers: they are called on threads of other
- * run-times, inside initialisers and with locks held, where handlers would hang. The second one serves C
- * interfaces that a program calls directly, and says on stderr that it ended the process.
+ * Both stop the process without exit handlers: they are called on threads of other run-times, inside
+ * initialisers and with locks held, where handlers would hang. They write out what stdout and stderr have
+ * buffered, but wait for nobody: a stream whose lock another thread holds, or whose reader takes nothing for a
+ * second, loses its buffer, as do all other streams. The second function serves C interfaces that a program
+ * calls directly, and says on standard error that it ended the process.
  */
 /**@{*/
 QTX_SERV_API void qtx_serv_exit(int code);

@@ -3,7 +3,6 @@
 #include "tsb/summary_statistics.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace tsb {
 
@@ -40,6 +39,9 @@ constexpr estimate estimates_known[] = {
     {TSB_SS_EST_CENTRAL_SUM3, result::central_sum3, TSB_SS_NO_CENTRAL_SUM3, 3, 0},
     {TSB_SS_EST_CENTRAL_SUM4, result::central_sum4, TSB_SS_NO_CENTRAL_SUM4, 4, 0},
 };
+
+constexpr std::int64_t address_space = std::int64_t{1}
+                                       << 56; // no process has more on today's 64-bit processors
 
 constexpr std::uint64_t all_bits() {
     std::uint64_t bits = 0;
@@ -92,7 +94,7 @@ std::int32_t check_data(const task_record& t) {
         return TSB_SS_BAD_DIMENSIONS;
     }
     const auto size = static_cast<std::int64_t>(t.type);
-    if (n_observations > std::numeric_limits<std::int64_t>::max() / size / n_dims) {
+    if (n_observations > address_space / size / n_dims) {
         return TSB_SS_BAD_OBSERVATIONS;
     }
     const std::int64_t storage = t.storage ? t.integer(t.storage) : 0;

@@ -1,5 +1,6 @@
 // A compute call from the layout to the results: threads, scratch, the merge of chunks.
 #include "finish.hpp"
+#include "float_environment.hpp"
 #include "row_copy.hpp"
 #include "scratch.hpp"
 #include "team_edge.hpp"
@@ -8,14 +9,29 @@
 #include <algorithm>
 #include <limits>
 #include <omp.h>
-#include <optional>
 
 namespace tsb {
 
 namespace {
 
 constexpr std::int64_t parallel_elements = 131072; // below, waking a team costs more than it saves
-constexpr std::int64_t stack_doubles = 2048;
+// The OpenMP runtime takes 128 bytes of the calling thread's stack for each thread that it starts. Memory is busy long
+// before.
+constexpr std::int64_t most_threads = 256;
+constexpr std::int64_t small_call = 65536; // bytes of scratch that a small call finds allocated
+
+const thread_block& memory_of_small_calls() {
+    static const thread_block memory(small_call);
+    return memory;
+}
+
+/// a + b * c; where that has no value, the largest one, which is more memory than there is.
+std::int64_t sum_with_product(std::int64_t a, std::int64_t b, std::int64_t c) {
+    std::int64_t product = 0;
+    std::int64_t sum = 0;
+    const bool overflow = __builtin_mul_overflow(b, c, &product) || __builtin_add_overflow(a, product, &sum);
+    return overflow ? std::numeric_limits<std::int64_t>::max() : sum;
+}
 
 std::int64_t table_vectors(const matrix_layout& m, std::int64_t lanes) {
     return round_up(m.stripe_lanes(), lanes) / lanes;
@@ -46,23 +62,27 @@ public:
           layout_(job_.layout), pitch_(round_up(layout_.width, max_lanes)), n_threads_(choose_threads()) {}
 
     bool run() {
+        // Tables and doubles are counted together, since both have elements of 8 bytes.
+        constexpr std::int64_t element = 8;
+        static_assert(sizeof(double) == element && sizeof(std::int64_t) == element);
         const std::int64_t vectors = table_vectors(layout_, job_.kernel.lane.lanes);
         const std::int64_t tables =
             task_.weights ? round_up(vectors * (1 + job_.kernel.lane.lanes), max_lanes) : 0;
         const std::int64_t per_thread = unit_scratch::size(layout_, task_.weights != nullptr);
-        const std::int64_t kept =
-            layout_.n_chunks > 1 ? layout_.n_panels * layout_.n_chunks * totals::size(pitch_) : 0;
-        const auto& memory = memory_.emplace(tables + n_threads_ * per_thread + kept);
-        if (!memory.get()) {
+        const std::int64_t n_kept = layout_.n_chunks > 1 ? layout_.n_panels * layout_.n_chunks : 0;
+        const std::int64_t count =
+            sum_with_product(sum_with_product(tables, n_threads_, per_thread), n_kept, totals::size(pitch_));
+        const scratch memory(memory_of_small_calls(), sum_with_product(0, count, element));
+        if (!memory) {
             return false;
         }
         if (tables) {
-            auto* offset = reinterpret_cast<std::int64_t*>(memory.get());
+            auto* offset = memory.elements<std::int64_t>();
             fill_weight_tables(layout_, job_.kernel.lane.lanes, offset, offset + vectors);
             job_.weight_offset = offset;
             job_.weight_lane = offset + vectors;
         }
-        double* const of_threads = memory.get() + tables;
+        auto* const of_threads = memory.elements<double>(tables * element);
         kept_ = of_threads + n_threads_ * per_thread;
         if (n_threads_ == 1) {
             run_serial(of_threads);
@@ -77,7 +97,7 @@ private:
         if (task_.n_dims * task_.n_observations < parallel_elements) {
             return 1;
         }
-        return std::clamp<std::int64_t>(omp_get_max_threads(), 1, layout_.n_units());
+        return std::clamp<std::int64_t>(omp_get_max_threads(), 1, std::min(most_threads, layout_.n_units()));
     }
 
     void run_serial(double* memory) {
@@ -99,6 +119,7 @@ private:
 #pragma omp parallel num_threads(static_cast <int>(n_threads_))
         {
             team_edge::acquire();
+            const default_float_environment environment;
             unit_scratch mine(job_, memory + omp_get_thread_num() * per_thread);
 #pragma omp for schedule(dynamic, grain) nowait
             for (std::int64_t u = 0; u < layout_.n_units(); ++u) {
@@ -160,12 +181,12 @@ private:
     std::int64_t pitch_;
     std::int64_t n_threads_;
     double* kept_ = nullptr;
-    std::optional<scratch<stack_doubles>> memory_;
 };
 
 } // namespace
 
 bool solve(const problem& p) {
+    const default_float_environment environment;
     if (!has_short_columns(p)) {
         return engine(p).run();
     }

@@ -8,6 +8,12 @@ constexpr std::int64_t short_column = 256; // longer columns keep vectors busy b
 constexpr std::int64_t most_elements = 65536;
 constexpr std::int64_t many_dims =
     8; // these fill vectors without a rest, so that small copies pay for longer columns
+constexpr std::int64_t small_copy = 8192; // elements of a copy that stays in cache
+
+const thread_block& memory_of_small_copies() {
+    static const thread_block memory(small_copy * static_cast<std::int64_t>(sizeof(double)));
+    return memory;
+}
 
 /// Copies `count` adjacent columns; a fixed count, and rows that overlap nothing, let the compiler store whole vectors.
 template <int count, class T>
@@ -33,7 +39,7 @@ void copy_column_of(const problem& p, std::int64_t d, T* rows) {
 }
 
 template <class T>
-void copy_elements(const problem& p, T* rows) {
+const T* copy_elements(const problem& p, T* rows) {
     const auto* const columns = static_cast<const T*>(p.observations);
     constexpr std::int64_t together = 4;
     std::int64_t d = 0;
@@ -43,6 +49,7 @@ void copy_elements(const problem& p, T* rows) {
     for (; d < p.n_dims; ++d) {
         copy_column_of(p, d, rows);
     }
+    return rows;
 }
 
 } // namespace
@@ -56,17 +63,16 @@ bool has_short_columns(const problem& p) {
 }
 
 row_copy::row_copy(const problem& of_columns)
-    : rows_(of_columns),
-      elements_((of_columns.n_dims * of_columns.n_observations * of_columns.element_size() + 7) / 8) {
-    rows_.by_dimension = false;
-    rows_.observations = elements_.get();
-    if (elements_.get() == nullptr) {
+    : rows_(of_columns), elements_(memory_of_small_copies(), of_columns.n_dims * of_columns.n_observations *
+                                                                 of_columns.element_size()) {
+    if (!elements_) {
         return;
     }
+    rows_.by_dimension = false;
     if (of_columns.is_float) {
-        copy_elements(of_columns, reinterpret_cast<float*>(elements_.get()));
+        rows_.observations = copy_elements(of_columns, elements_.elements<float>());
     } else {
-        copy_elements(of_columns, elements_.get());
+        rows_.observations = copy_elements(of_columns, elements_.elements<double>());
     }
 }
 

@@ -11,19 +11,16 @@ namespace tsb {
 /// \brief Whether a matrix is solved as rows. The shape alone decides, so that masks and weights change no bit.
 bool has_short_columns(const problem&);
 
-inline constexpr std::int64_t small_copy =
-    8192; ///< elements of a copy that stays in cache and needs no allocation
-
 /// \brief A copy of a problem whose dimensions are contiguous, with the observations contiguous instead.
 class row_copy {
 public:
     explicit row_copy(const problem& of_columns);
     /// \brief Null if there is no memory.
-    const problem* get() const { return elements_.get() ? &rows_ : nullptr; }
+    const problem* get() const { return elements_ ? &rows_ : nullptr; }
 
 private:
     problem rows_;
-    scratch<small_copy> elements_;
+    scratch elements_;
 };
 
 } // namespace tsb

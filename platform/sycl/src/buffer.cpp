@@ -38,6 +38,9 @@ void* buffer_handle::initialise() {
 }
 
 void buffer_handle::set_final(final_copy copy) {
+    if (copy) {
+        host_address(*impl_); // now, since a destructor cannot tell that there is no memory
+    }
     write_back_ = false;
     final_ = std::move(copy);
 }

@@ -5,8 +5,11 @@
 #include "host_threads.hpp"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <limits>
 #include <new>
+#include <string>
 
 namespace sycl::detail {
 
@@ -14,14 +17,29 @@ namespace {
 
 constexpr std::size_t host_alignment = 64;
 
+/// No object has more bytes, and the C++ library's rounding of larger sizes overflows.
+constexpr std::size_t most_bytes = std::numeric_limits<std::ptrdiff_t>::max();
+
+/// Null if there is not as much.
 void* allocate_on_host(std::size_t bytes) {
-    return ::operator new(bytes, std::align_val_t(host_alignment));
+    return bytes > most_bytes ? nullptr
+                              : ::operator new(bytes, std::align_val_t(host_alignment), std::nothrow);
+}
+
+[[noreturn]] void throw_no_memory(std::size_t bytes, const std::string& where) {
+    const bool saturated = bytes == std::numeric_limits<std::size_t>::max();
+    throw exception(errc::memory_allocation, "no memory for a buffer of " +
+                                                 (saturated ? "2^64 or more" : std::to_string(bytes)) +
+                                                 " bytes on " + where);
 }
 
 } // namespace
 
 buffer_impl::buffer_impl(std::size_t bytes, void* host) : bytes_(bytes) {
     if (host != nullptr) {
+        if (bytes > most_bytes) {
+            throw_no_memory(bytes, "the host");
+        }
         copies_.push_back(std::make_unique<copy>(copy{{}, host, false, true, nullptr}));
     }
 }
@@ -74,13 +92,11 @@ buffer_impl::copy& buffer_impl::copy_in(const memory_space& space) {
 
 void* buffer_impl::allocate(const memory_space& space) const {
     const std::size_t bytes = std::max<std::size_t>(bytes_, 1);
-    if (space.context == nullptr) {
-        return allocate_on_host(bytes);
-    }
-    void* memory = space.context->allocate(usm::alloc::device, bytes, 0, *space.device);
+    const bool on_host = space.context == nullptr;
+    void* const memory = on_host ? allocate_on_host(bytes)
+                                 : space.context->allocate(usm::alloc::device, bytes, 0, *space.device);
     if (memory == nullptr) {
-        throw exception(errc::memory_allocation, "no memory for a buffer of " + std::to_string(bytes_) +
-                                                     " bytes on " + space.device->facts().name);
+        throw_no_memory(bytes_, on_host ? "the host" : space.device->facts().name);
     }
     return memory;
 }

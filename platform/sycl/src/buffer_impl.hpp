@@ -39,7 +39,7 @@ struct requirement {
 class buffer_impl : public std::enable_shared_from_this<buffer_impl> {
 public:
     /// \p host may be null; otherwise it is the copy on the host, valid from the start and owned by the
-    /// caller.
+    /// caller. Throws errc::memory_allocation if no memory can be as large.
     buffer_impl(std::size_t bytes, void* host);
     ~buffer_impl();
     buffer_impl(const buffer_impl&) = delete;
@@ -47,7 +47,8 @@ public:
 
     std::size_t bytes() const { return bytes_; }
 
-    /// The address in \p space; memory is allocated there if the buffer has none yet.
+    /// The address in \p space; memory is allocated there if the buffer has none yet. Throws
+    /// errc::memory_allocation if there is not as much.
     void* address(const memory_space& space);
     void mark_valid_on_host();
 

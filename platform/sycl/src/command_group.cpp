@@ -19,6 +19,11 @@ constexpr std::size_t gap_between_local_arrays = 64;
 constexpr std::size_t gap_between_local_arrays = 0;
 #endif
 
+/// Saturates, at a size that no memory has.
+constexpr std::size_t saturated_sum(std::size_t a, std::size_t b) {
+    return a + b >= a ? a + b : static_cast<std::size_t>(-1);
+}
+
 std::string number(std::size_t value) {
     return std::to_string(value);
 }
@@ -79,12 +84,13 @@ void* command_group::address(const buffer_binding& binding) {
 }
 
 std::size_t command_group::reserve_local(std::size_t bytes, std::size_t alignment) {
-    const std::size_t earliest = local_bytes_ == 0 ? 0 : local_bytes_ + gap_between_local_arrays;
-    const std::size_t offset = (earliest + alignment - 1) / alignment * alignment;
+    const std::size_t earliest =
+        local_bytes_ == 0 ? 0 : saturated_sum(local_bytes_, gap_between_local_arrays);
+    const std::size_t offset = saturated_sum(earliest, alignment - 1) / alignment * alignment;
     if (offset != local_bytes_) {
         local_gaps_.emplace_back(local_bytes_, offset - local_bytes_);
     }
-    local_bytes_ = offset + bytes;
+    local_bytes_ = saturated_sum(offset, bytes);
     return offset;
 }
 

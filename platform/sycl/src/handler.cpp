@@ -2,9 +2,23 @@
 
 #include <sycl/handler.hpp>
 
+#include <cstddef>
+#include <limits>
+#include <string>
 #include <utility>
 
 namespace sycl {
+
+namespace {
+
+/// No object has more; a product of counts that saturated is more.
+constexpr std::size_t most_bytes = std::numeric_limits<std::ptrdiff_t>::max();
+
+[[noreturn]] void throw_too_large(const std::string& what) {
+    throw exception(errc::invalid, what + " is more than any memory holds");
+}
+
+} // namespace
 
 handler::binding_scope::binding_scope(handler& owner)
     : outer_(std::exchange(detail::command_group::current(), &owner.group_)) {}
@@ -42,6 +56,9 @@ void handler::memcpy(void* target, const void* source, std::size_t bytes) {
         throw exception(errc::invalid, std::string("the ") + (target == nullptr ? "target" : "source") +
                                            " of a copy of " + std::to_string(bytes) + " bytes is null");
     }
+    if (bytes > most_bytes) {
+        throw_too_large("a copy of " + std::to_string(bytes) + " bytes");
+    }
     group_.set_copy({target, source, bytes});
 }
 
@@ -54,6 +71,10 @@ void handler::fill_bytes(void* target, const void* pattern, std::size_t pattern_
     if (count != 0 && target == nullptr) {
         throw exception(errc::invalid,
                         "the target of a fill of " + std::to_string(count) + " elements is null");
+    }
+    if (count > most_bytes / pattern_bytes) {
+        throw_too_large("a fill of " + std::to_string(count) + " elements of " +
+                        std::to_string(pattern_bytes) + " bytes");
     }
     const auto* bytes = static_cast<const std::byte*>(pattern);
     group_.set_fill({target, {bytes, bytes + pattern_bytes}, count});

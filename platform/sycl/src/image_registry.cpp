@@ -1,7 +1,13 @@
 #include "image_registry.hpp"
 
+#include "kernel_name.hpp"
+
+#include <sycl/exception.hpp>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <map>
 #include <mutex>
 
@@ -19,6 +25,7 @@ struct registry {
     std::mutex lock;
     std::uint64_t next_id = 1;
     std::multimap<std::string, registered_image> by_entry;
+    std::map<const image_descriptor*, std::string> refused; ///< with the reasons
 };
 
 registry& images() {
@@ -32,8 +39,10 @@ std::vector<std::uint32_t> numbers_of(const device_image& image, const char* set
     for (const auto* each = image.first_property_set; each != image.last_property_set; ++each) {
         for (const auto* property = each->first; property != each->last; ++property) {
             if (std::strcmp(each->name, set) == 0 && std::strcmp(property->name, name) == 0) {
+                const auto* const bytes = static_cast<const unsigned char*>(property->data);
                 result.resize(property->size / sizeof(std::uint32_t));
-                std::memcpy(result.data(), property->data, result.size() * sizeof(std::uint32_t));
+                std::copy_n(bytes, result.size() * sizeof(std::uint32_t),
+                            reinterpret_cast<unsigned char*>(result.data()));
             }
         }
     }
@@ -49,13 +58,43 @@ kernel_image describe(const device_image& image, const image_entry& entry, std::
     return result;
 }
 
-bool is_known(const image_descriptor& images) {
-    if (images.version == image_descriptor_version) {
-        return true;
+/// Why the list cannot be read; empty if it can. A record of another version may have another size, so that none
+/// behind it is looked at.
+std::string refusal_of(const image_descriptor& list) {
+    const auto wrong = [](const char* what, unsigned found, unsigned supported) {
+        return std::string(what) + " has version " + std::to_string(found) + ", this runtime takes " +
+               std::to_string(supported);
+    };
+    if (list.version != image_descriptor_version) {
+        return wrong("a list of device images", list.version, image_descriptor_version);
     }
-    std::fprintf(stderr, "device images are ignored: their list has version %u, this runtime knows %u\n",
-                 unsigned{images.version}, unsigned{image_descriptor_version});
-    return false;
+    for (std::size_t i = 0; i < list.n_images; ++i) {
+        if (list.images[i].version != device_image_version) {
+            return wrong("a device image", list.images[i].version, device_image_version);
+        }
+    }
+    return {};
+}
+
+void forget(const image_descriptor* list) {
+    std::erase_if(images().by_entry, [list](const auto& each) { return each.second.owner == list; });
+    images().refused.erase(list);
+}
+
+void remember(const image_descriptor* list) {
+    auto& known = images();
+    if (auto reason = refusal_of(*list); !reason.empty()) {
+        std::fprintf(stderr, "sycl: a library's device images are ignored: %s\n", reason.c_str());
+        known.refused.emplace(list, std::move(reason));
+        return;
+    }
+    for (const auto* image = list->images; image != list->images + list->n_images; ++image) {
+        for (const auto* entry = image->first_entry; entry != image->last_entry; ++entry) {
+            known.by_entry.emplace(entry->name,
+                                   registered_image{list, std::make_shared<const kernel_image>(
+                                                              describe(*image, *entry, known.next_id++))});
+        }
+    }
 }
 
 } // namespace
@@ -64,7 +103,15 @@ std::shared_ptr<const kernel_image> find_image(const char* kernel) {
     auto& known = images();
     const std::lock_guard guard(known.lock);
     const auto found = known.by_entry.find(std::string("_ZTS") + kernel);
-    return found == known.by_entry.end() ? nullptr : found->second.image;
+    if (found != known.by_entry.end()) {
+        return found->second.image;
+    }
+    if (!known.refused.empty()) {
+        throw exception(errc::kernel_not_supported,
+                        "there is no device image of kernel " + readable_name(kernel) +
+                            " among those that could be read: " + known.refused.begin()->second);
+    }
+    return nullptr;
 }
 
 std::size_t count_images() {
@@ -77,23 +124,22 @@ std::size_t count_images() {
 
 using namespace sycl::detail;
 
+// Initialisers of libraries call this, where an exception would end the process.
 void __sycl_register_lib(const image_descriptor* list) {
-    if (!is_known(*list)) {
-        return;
-    }
-    auto& known = images();
-    const std::lock_guard guard(known.lock);
-    for (const auto* image = list->images; image != list->images + list->n_images; ++image) {
-        for (const auto* entry = image->first_entry; entry != image->last_entry; ++entry) {
-            known.by_entry.emplace(entry->name,
-                                   registered_image{list, std::make_shared<const kernel_image>(
-                                                              describe(*image, *entry, known.next_id++))});
+    try {
+        const std::lock_guard guard(images().lock);
+        try {
+            remember(list);
+        } catch (...) {
+            forget(list);
+            throw;
         }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "sycl: a library's device images are ignored: %s\n", error.what());
     }
 }
 
 void __sycl_unregister_lib(const image_descriptor* list) {
-    auto& known = images();
-    const std::lock_guard guard(known.lock);
-    std::erase_if(known.by_entry, [list](const auto& each) { return each.second.owner == list; });
+    const std::lock_guard guard(images().lock);
+    forget(list);
 }

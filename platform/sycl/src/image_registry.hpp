@@ -23,7 +23,11 @@ struct kernel_image {
     std::size_t bytes() const { return static_cast<std::size_t>(last - first); }
 };
 
-/// The image of the kernel whose type has the mangled name \p kernel; null if no loaded object has it.
+/**
+ * The image of the kernel whose type has the mangled name \p kernel; null if no loaded object has it. Throws
+ * errc::kernel_not_supported instead of null if an object's list of images was ignored for its version, as the
+ * kernel may be in that one.
+ */
 std::shared_ptr<const kernel_image> find_image(const char* kernel);
 
 /// Kernels that are there as images of loaded shared objects.

@@ -7,11 +7,11 @@
 
 namespace sycl::detail {
 
-std::string readable_name(const kernel_traits& kernel) {
+std::string readable_name(const char* mangled) {
     int status = 0;
     const std::unique_ptr<char, decltype(&std::free)> name(
-        abi::__cxa_demangle(kernel.name, nullptr, nullptr, &status), &std::free);
-    return status == 0 ? name.get() : kernel.name;
+        abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &std::free);
+    return status == 0 ? name.get() : mangled;
 }
 
 } // namespace sycl::detail

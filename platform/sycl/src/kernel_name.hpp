@@ -6,7 +6,10 @@
 
 namespace sycl::detail {
 
-/// A kernel's name as a person writes it.
-std::string readable_name(const kernel_traits& kernel);
+/// A kernel's name as a person writes it; of the mangled name of its type, or of its traits.
+std::string readable_name(const char* mangled);
+inline std::string readable_name(const kernel_traits& kernel) {
+    return readable_name(kernel.name);
+}
 
 } // namespace sycl::detail

@@ -1,6 +1,7 @@
 #include "opencl_queue.hpp"
 
 #include <algorithm>
+#include <limits>
 
 namespace sycl::detail::opencl {
 
@@ -29,6 +30,9 @@ context::~context() {
 
 void* context::allocate(usm::alloc kind, std::size_t bytes, std::size_t alignment, device_impl& target) {
     require_shared_pointers(target);
+    if (alignment > std::numeric_limits<cl_uint>::max()) {
+        return nullptr;
+    }
     void* const memory = clSVMAlloc(native(), CL_MEM_READ_WRITE | CL_MEM_SVM_FINE_GRAIN_BUFFER, bytes,
                                     static_cast<cl_uint>(alignment));
     if (memory != nullptr) {

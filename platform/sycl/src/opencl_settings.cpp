@@ -44,14 +44,32 @@ std::optional<info::device_type> presented_type() {
 }
 
 std::filesystem::path translation_folder() {
-    if (const auto driver = variable("POCL_CACHE_DIR"); !driver.empty()) {
-        return std::filesystem::path(driver) / "sycl_translations";
-    }
-    if (const auto caches = variable("XDG_CACHE_HOME"); !caches.empty()) {
-        return std::filesystem::path(caches) / "sycl_translations";
-    }
     const auto home = variable("HOME");
-    return home.empty() ? std::filesystem::path() : std::filesystem::path(home) / ".cache/sycl_translations";
+    for (const std::filesystem::path caches :
+         {variable("POCL_CACHE_DIR"), variable("XDG_CACHE_HOME"), home.empty() ? "" : home + "/.cache"}) {
+        if (caches.is_absolute()) {
+            return caches / "sycl_translations";
+        }
+    }
+    return {};
+}
+
+std::uint64_t most_translation_bytes() {
+    constexpr std::uint64_t mebibyte = 1U << 20;
+    constexpr std::size_t most_digits = 12;
+    const std::string value = variable("SYCL_OPENCL_CACHE_MIB");
+    if (value.empty()) {
+        return 64 * mebibyte;
+    }
+    if (value.size() > most_digits || value.find_first_not_of("0123456789") != std::string::npos) {
+        throw exception(errc::invalid, "SYCL_OPENCL_CACHE_MIB is '" + value +
+                                           "'; it takes a number of mebibytes of at most 12 digits");
+    }
+    return std::stoull(value) * mebibyte;
+}
+
+bool reports_unused_translations() {
+    return variable("SYCL_OPENCL_CACHE_REPORT") == "1";
 }
 
 } // namespace sycl::detail::opencl

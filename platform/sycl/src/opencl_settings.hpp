@@ -2,6 +2,7 @@
 
 #include <sycl/info.hpp>
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 
@@ -17,7 +18,20 @@ void set_driver_defaults();
  */
 std::optional<info::device_type> presented_type();
 
-/// The folder of translated images: beside the driver's own cache; empty if there is no place for one.
+/**
+ * The folder of translated images: "sycl_translations" beside the driver's own cache, in the first of
+ * POCL_CACHE_DIR, XDG_CACHE_HOME and HOME/.cache that is an absolute path; empty if none is. Relative paths are
+ * ignored.
+ */
 std::filesystem::path translation_folder();
+
+/**
+ * SYCL_OPENCL_CACHE_MIB: what the folder may hold, in mebibytes; 64 if unset, 0 keeps nothing. Throws
+ * errc::invalid for anything but a number of at most 12 digits.
+ */
+std::uint64_t most_translation_bytes();
+
+/// SYCL_OPENCL_CACHE_REPORT=1: a line on stderr for each kept translation, or folder, that is not used and why.
+bool reports_unused_translations();
 
 } // namespace sycl::detail::opencl

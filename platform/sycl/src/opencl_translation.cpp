@@ -9,6 +9,7 @@
 
 #include <dlfcn.h>
 
+#include <cstdio>
 #include <filesystem>
 
 namespace sycl::detail::opencl {
@@ -63,10 +64,17 @@ std::string translate_now(const kernel_image& image) {
     return result.bitcode;
 }
 
+void report_unused(const std::string& what) {
+    if (reports_unused_translations()) {
+        std::fprintf(stderr, "sycl: not used as a kept translation: %s\n", what.c_str());
+    }
+}
+
 } // namespace
 
 std::string translate(const kernel_image& image) {
-    const translation_cache cache(translation_folder());
+    const auto limit = most_translation_bytes();
+    translation_cache cache(limit == 0 ? "" : translation_folder(), limit, report_unused);
     const auto key = translation_cache::key_of(image.first, image.bytes());
     if (auto known = cache.find(key)) {
         return *std::move(known);

@@ -83,7 +83,7 @@ struct kernel_layout {
 
 #pragma GCC diagnostic pop
 
-template struct kernel_layout<float>;
-template struct kernel_layout<double>;
+// To ask for a class's size instantiates it, and with it the assertions.
+static_assert(sizeof(kernel_layout<float>) != 0 && sizeof(kernel_layout<double>) != 0);
 
 } // namespace aurelo::qtx::stats::detail::gpu

@@ -37,7 +37,12 @@
  * \par Reproducibility
  * Results depend on the data, the shape, the layout and the vector width of the processor, and on nothing
  * else: not on the number of threads, not on the addresses, not on which other estimates are computed by the
- * same call, and not on whether the method code is 1 or 2.
+ * same call, not on whether the method code is 1 or 2, and not on the floating-point environment of the caller. All
+ * arithmetic rounds to nearest, keeps denormal numbers and traps nothing; the caller's environment, flags included, is as
+ * it was when a call returns.
+ *
+ * \par Threads and memory
+ * A call needs less than 64 KiB of stack. Each thread that computes keeps up to 128 KiB of memory until it ends.
  */
 #ifndef TSB_SUMMARY_STATISTICS_H
 #define TSB_SUMMARY_STATISTICS_H

@@ -108,7 +108,7 @@ public:
         return access_range_.size();
     }
     std::size_t byte_size() const noexcept {
-        return size() * sizeof(T);
+        return detail::bytes_of<T>(size());
     }
     std::size_t max_size() const noexcept {
         return size();

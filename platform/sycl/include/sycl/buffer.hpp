@@ -63,7 +63,11 @@ private:
 
 } // namespace detail
 
-/// A one-dimensional array that commands reach through accessors. Copies are handles to the same storage.
+/**
+ * A one-dimensional array that commands reach through accessors. Copies are handles to the same storage. An extent
+ * that memory has no room for throws errc::memory_allocation: from the constructor if there are contents, otherwise
+ * where the storage is first needed.
+ */
 template <typename T, int Dims, typename Allocator>
 class buffer {
     static_assert(std::is_trivially_copyable_v<T>, "buffers hold device copyable elements");
@@ -85,13 +89,15 @@ public:
     /// A copy of host memory, nothing is written back.
     template <typename U = T, typename = std::enable_if_t<!std::is_const_v<U>>>
     buffer(const T* host, const range<Dims>& extent, const property_list& properties = {})
-        : buffer(host, host + extent.size(), properties) {}
+        : buffer(extent, properties) {
+        std::copy_n(host, extent.size(), contents());
+    }
 
     /// A copy of the elements of a range of iterators, nothing is written back.
     template <typename Iterator, typename = typename std::iterator_traits<Iterator>::iterator_category>
     buffer(Iterator first, Iterator last, const property_list& properties = {})
         : buffer(range<Dims>(static_cast<std::size_t>(std::distance(first, last))), properties) {
-        std::copy(first, last, static_cast<std::remove_const_t<T>*>(handle_->initialise()));
+        std::copy(first, last, contents());
     }
 
     range<Dims> get_range() const { return extent_; }
@@ -122,7 +128,8 @@ public:
     friend bool operator!=(const buffer& a, const buffer& b) { return a.handle_ != b.handle_; }
 
 private:
-    std::size_t bytes() const { return extent_.size() * sizeof(T); }
+    std::size_t bytes() const { return detail::bytes_of<T>(extent_.size()); }
+    std::remove_const_t<T>* contents() { return static_cast<std::remove_const_t<T>*>(handle_->initialise()); }
     static void* writable(T* host) { return const_cast<std::remove_const_t<T>*>(host); }
 
     range<Dims> extent_;

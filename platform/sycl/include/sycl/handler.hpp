@@ -78,7 +78,7 @@ public:
 
     template <typename T>
     void copy(const T* source, T* target, std::size_t count) {
-        memcpy(target, source, count * sizeof(T));
+        memcpy(target, source, detail::bytes_of<T>(count));
     }
     template <typename T>
     void fill(void* target, const T& pattern, std::size_t count) {

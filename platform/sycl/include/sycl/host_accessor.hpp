@@ -48,7 +48,7 @@ public:
 
     reference operator[](std::size_t index) const { return data()[index]; }
     std::size_t size() const noexcept { return extent_.size(); }
-    std::size_t byte_size() const noexcept { return size() * sizeof(T); }
+    std::size_t byte_size() const noexcept { return detail::bytes_of<T>(size()); }
     bool empty() const noexcept { return size() == 0; }
     range<Dims> get_range() const { return extent_; }
     value_type* get_pointer() const noexcept { return data(); }

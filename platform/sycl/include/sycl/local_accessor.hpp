@@ -39,7 +39,8 @@ public:
 
     local_accessor() = default;
     local_accessor(range<Dims> extent, handler& group, const property_list& = {})
-        : offset_(detail::reserve_local(group, extent.size() * sizeof(T), alignof(T))), extent_(extent) {}
+        : offset_(detail::reserve_local(group, detail::bytes_of<T>(extent.size()), alignof(T))),
+          extent_(extent) {}
 #ifndef __SYCL_DEVICE_ONLY__
     local_accessor(const local_accessor& other)
         : pointer_(other.pointer_), offset_(other.offset_), extent_(other.extent_) {
@@ -58,7 +59,7 @@ public:
         return extent_.size();
     }
     std::size_t byte_size() const noexcept {
-        return size() * sizeof(T);
+        return detail::bytes_of<T>(size());
     }
     bool empty() const noexcept {
         return size() == 0;

@@ -80,7 +80,7 @@ public:
     event memset(void* target, int value, std::size_t bytes, const std::vector<event>& dependencies = {});
     template <typename T>
     event copy(const T* source, T* target, std::size_t count, const std::vector<event>& dependencies = {}) {
-        return memcpy(target, source, count * sizeof(T), dependencies);
+        return memcpy(target, source, detail::bytes_of<T>(count), dependencies);
     }
     template <typename T>
     event fill(void* target, const T& pattern, std::size_t count,

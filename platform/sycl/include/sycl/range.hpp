@@ -6,6 +6,13 @@ namespace sycl {
 
 namespace detail {
 
+/// Bytes of \p count elements. Saturates, at a size that no memory has: an allocation of it is refused.
+template <typename T>
+constexpr std::size_t bytes_of(std::size_t count) {
+    constexpr std::size_t largest = static_cast<std::size_t>(-1);
+    return count <= largest / sizeof(T) ? count * sizeof(T) : largest;
+}
+
 /// One extent or index. This runtime works in one dimension, so that nothing is lost in the conversions.
 template <typename Self, int Dims>
 class index_base {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <sycl/queue.hpp>
+#include <sycl/range.hpp>
 
 #include <cstddef>
 
@@ -10,7 +11,7 @@ namespace usm {
 enum class alloc : int { host = 0, device = 1, shared = 2, unknown = 3 };
 }
 
-/// Allocates \p bytes of unified shared memory. Null if there is none left, or if \p bytes is 0.
+/// Allocates \p bytes of unified shared memory. Null if there is not as much, or if \p bytes is 0.
 SYCL_EXPORT void* aligned_malloc(std::size_t alignment, std::size_t bytes, const device& device,
                                  const context& context, usm::alloc kind);
 /// On the queue's device, in its context.
@@ -42,9 +43,10 @@ inline void* malloc_host(std::size_t bytes, const context& context) {
     return malloc(bytes, context.get_devices().front(), context, usm::alloc::host);
 }
 
+/// \p count elements. Null as well if a size cannot tell how many bytes they take.
 template <typename T>
 T* malloc(std::size_t count, const queue& queue, usm::alloc kind) {
-    return static_cast<T*>(aligned_malloc(alignof(T), count * sizeof(T), queue, kind));
+    return static_cast<T*>(aligned_malloc(alignof(T), detail::bytes_of<T>(count), queue, kind));
 }
 template <typename T>
 T* malloc_device(std::size_t count, const queue& queue) {
