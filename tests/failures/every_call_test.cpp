@@ -47,7 +47,7 @@ int step_over(int calls) {
     return std::max(1, calls / most_tried());
 }
 
-constexpr unsigned seconds_for_one = 30;
+constexpr unsigned seconds_for_one = 10;
 constexpr int most_faults = 3; ///< of a case, after which it is given up
 
 /// What a child tells, in shared memory.
@@ -181,7 +181,7 @@ private:
             each = {1 << 30, 1 << 30, 1 << 30};
             for (int i = 0; i < n_runs && told_.fault.text[0] == '\0'; ++i) {
                 left_behind += run(&what).left_behind;
-                auto now = settled(each);
+                auto now = holdings::now();
                 now.driver_objects -= left_behind;
                 each = each.lowest(now);
             }

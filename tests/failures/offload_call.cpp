@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <optional>
 #include <thread>
 
 namespace test {
@@ -12,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 10s;
+constexpr auto patience = 5s;
 constexpr char no_completion[] = "no completion for interop object";
 
 std::atomic<int> errors_handled = 0;
@@ -49,7 +50,13 @@ void offload_call::prepare() {
 }
 
 void offload_call::call() {
-    status = compute(*task_, form_.estimates, 1, interop_);
+    {
+        std::optional<held_device> held;
+        if (form_.held) {
+            held.emplace(device_);
+        }
+        status = compute(*task_, form_.estimates, 1, interop_);
+    }
     has_ended = !form_.nowait || status != 0;
     const auto end = std::chrono::steady_clock::now() + patience;
     while (!has_ended && std::chrono::steady_clock::now() < end) {

@@ -49,9 +49,8 @@ public:
     void act() noexcept override {
         try {
             // Errors of commands that are still under way when the call has failed come later.
-            sycl::queue queue(context_, device_, [error = error_](const sycl::exception_list& errors) {
-                error->take(errors);
-            });
+            sycl::queue queue(context_, device_,
+                              [error = error_](const sycl::exception_list& errors) { error->take(errors); });
             results_ = call_.results(queue);
         } catch (const std::exception& error) {
             error_->take(error.what());
