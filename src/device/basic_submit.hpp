@@ -134,8 +134,7 @@ sycl::event submit_basic(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> data
 /**
  * \brief Computes an estimate of a dataset in unified shared memory, after \p dependencies, for which the
  * calling thread waits. The kernels may still run on return.
- * \param mean pointer to the caller's mean of each
- * dimension, for functors that take one, else nothing
+ * \param mean pointer to the caller's mean of each dimension, for functors that take one, else nothing
  * \return the event of the last launch
  */
 template <bool index_64 = true, typename T, layout L, typename Functor, typename... Mean>

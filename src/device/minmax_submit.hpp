@@ -98,8 +98,7 @@ sycl::event submit_minmax(sycl::queue& queue, dataset<L, sycl::buffer<T, 1>> dat
 /**
  * \brief Computes a min/max estimate of a dataset in unified shared memory, after \p dependencies, for which
  * the calling thread waits. Several passes are complete on return, a single step need not be.
- * \return the
- * event of the last launch
+ * \return the event of the last launch
  */
 template <bool index_64 = true, typename T, layout L, typename Functor>
 sycl::event submit_minmax_usm(sycl::queue& queue, dataset<L, T*> data, Functor functor,

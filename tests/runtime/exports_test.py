@@ -29,7 +29,7 @@ SERVICES = {
 }
 # Kernels compiled for the host call the software GPU's group operations themselves.
 NEEDED = r"lib(basalt\.so\.1|sycl\.so\.7|OpenCL\.so\.1|tsb_summary_statistics\.so\.1|(stdc\+\+|gcc_s|c|m|asan|ubsan|tsan)\.so\.\d+)|ld-linux.*"
-ORDER = ["_Init_QTX_Loader", "_GLOBAL__sub_I.00103_qtx_sycl_context_cache.cpp", "_GLOBAL__sub_I.00104_qtx_sycl_context_cache.cpp"]
+ORDER = ["_Init_QTX_Loader", "_GLOBAL__sub_I.00103_qtx_sycl_context_cache.cpp"]
 
 
 def output(*command):
