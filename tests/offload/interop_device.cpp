@@ -69,16 +69,21 @@ private:
 
 class sycl_device : public interop_device {
 public:
-    sycl_device(const sycl::device& device, const sycl::property_list& properties, const char* called)
-        : queue_(device, properties) {
+    sycl_device(const sycl::queue& queue, const char* called) : queue_(queue) {
         runtime = OMPTARGET_FR_SYCL;
-        work_group_limit = limit_of(device);
+        work_group_limit = limit_of(queue.get_device());
         name = called;
     }
 
     interop_object interop() override { return interop_object(omptarget_interop_create_sycl(&queue_)); }
     sycl::device as_sycl_device() const override { return queue_.get_device(); }
-    void* allocate(std::size_t bytes) override { return sycl::malloc_shared(bytes, queue_); }
+    void* allocate(std::size_t bytes) override {
+        void* const memory = sycl::malloc_shared(bytes, queue_);
+        if (memory == nullptr) {
+            throw std::bad_alloc();
+        }
+        return memory;
+    }
     void release(void* memory) override { sycl::free(memory, queue_); }
 
 private:
@@ -145,18 +150,23 @@ std::unique_ptr<interop_device> new_software_gpu(std::size_t work_group_limit, u
 }
 
 interop_device& sycl_gpu() {
-    static auto* const device = new sycl_device(new_gpu(), {}, "sycl_gpu");
+    static auto* const device = new sycl_device(sycl::queue(new_gpu()), "sycl_gpu");
     return *device;
 }
 
 interop_device& sycl_gpu_in_order() {
-    static auto* const device =
-        new sycl_device(new_gpu(), {sycl::property::queue::in_order()}, "sycl_gpu_in_order");
+    static auto* const device = new sycl_device(
+        sycl::queue(new_gpu(), {sycl::property::queue::in_order()}), "sycl_gpu_in_order");
     return *device;
 }
 
+std::unique_ptr<interop_device> new_sycl_gpu(const sycl::async_handler& handler) {
+    return std::make_unique<sycl_device>(sycl::queue(new_gpu(), handler), "sycl_gpu_with_handler");
+}
+
 interop_device& sycl_cpu() {
-    static auto* const device = new sycl_device(sycl::device(sycl::cpu_selector_v), {}, "sycl_cpu");
+    static auto* const device =
+        new sycl_device(sycl::queue(sycl::device(sycl::cpu_selector_v)), "sycl_cpu");
     return *device;
 }
 

@@ -38,6 +38,8 @@ interop_device& software_gpu(); ///< basalt, id 6
 std::unique_ptr<interop_device> new_software_gpu(std::size_t work_group_limit, unsigned delay_us, bool fp64);
 interop_device& sycl_gpu(); ///< a queue of a software GPU, id 4
 interop_device& sycl_gpu_in_order();
+/// a queue of a software GPU that gives asynchronous errors to \p handler
+std::unique_ptr<interop_device> new_sycl_gpu(const sycl::async_handler& handler);
 interop_device& sycl_cpu(); ///< a queue of the CPU device, id 4; it cannot be held
 /// OpenCL, id 3; null without a device or without device images in this build
 interop_device* opencl();

@@ -107,6 +107,9 @@ std::vector<mixed_call> mixed_calls() {
         const decltype(sum) none(sycl::range<1>(0));
         return stats::raw_sum(queue, data, sum, sum2, none, none);
     };
+    const auto central_moment = [](auto& queue, const auto& data, auto out2, auto out4) {
+        return stats::central_moment(queue, data, out2, decltype(out2)(), out4);
+    };
     const auto kurtosis = [](auto& queue, const auto& data, auto out, auto) {
         return stats::kurtosis(queue, data, out);
     };
@@ -117,6 +120,7 @@ std::vector<mixed_call> mixed_calls() {
         usm<double, layout::by_dimension>("min_max, USM, masked", false, true, min_max),
         usm<float, layout::by_observation>("mean, USM, weighted", true, false, mean),
         usm<double, layout::by_observation>("kurtosis, USM, weighted, masked", true, true, kurtosis),
+        usm<double, layout::by_dimension>("central_moment, USM", false, false, central_moment),
         usm<double, layout::by_dimension>("skewness about a mean, USM", false, false, skewness_about),
         buffers<double, layout::by_dimension>("raw_sum, buffers", false, raw_sum),
         buffers<float, layout::by_observation>("min_max, buffers", false, min_max),

@@ -1,5 +1,6 @@
 #include "error.hpp"
 #include "event.hpp"
+#include "notifier.hpp"
 
 #include <basalt/basalt.h>
 
@@ -20,6 +21,7 @@ bs_result_t outcome(const basalt::event& event) {
 bs_result_t bs_event_create(bs_event_handle_t* event) {
     return guarded([&] {
         require(event, "event");
+        basalt::notifier::instance(); // so that completing the event from the host cannot fail
         *event = basalt::event_ref(new basalt::event).detach();
     });
 }

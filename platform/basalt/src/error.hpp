@@ -30,7 +30,7 @@ struct failure {
 [[noreturn]] void throw_invalid(const std::string& message);
 
 /// The exception being handled, as a failure. Called in a catch block only.
-failure current_failure();
+failure current_failure() noexcept;
 
 void set_last_error(const char* message) noexcept;
 const char* last_error() noexcept;
@@ -54,14 +54,9 @@ bs_result_t guarded(Body&& body) noexcept {
             return body();
         }
     } catch (...) {
-        try {
-            const failure why = current_failure();
-            set_last_error(why.message.c_str());
-            return why.status;
-        } catch (...) {
-            set_last_error("out of memory");
-            return BS_ERROR_OUT_OF_MEMORY;
-        }
+        const failure why = current_failure();
+        set_last_error(why.message.c_str());
+        return why.status;
     }
 }
 

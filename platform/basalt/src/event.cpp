@@ -8,6 +8,16 @@ namespace {
 // Shorter than a sleep and a wake-up take.
 constexpr std::chrono::microseconds wait_spin{20};
 
+/// What \p words returns; a few that need no memory if there is none.
+template <typename Words>
+std::string words_if_possible(const Words& words) noexcept {
+    try {
+        return words();
+    } catch (const std::bad_alloc&) {
+        return "out of memory";
+    }
+}
+
 } // namespace
 
 void intrusive_ptr_release(_bs_event_handle_t* e) {
@@ -18,7 +28,9 @@ void intrusive_ptr_release(_bs_event_handle_t* e) {
         delete e;
     } else {
         // Nobody is left to complete it, but somebody waits.
-        e->complete_from_host(BS_ERROR_INVALID_ARGUMENT, "an event was destroyed before it had completed");
+        e->complete_from_host(BS_ERROR_INVALID_ARGUMENT, words_if_possible([] {
+                                  return std::string("an event was destroyed before it had completed");
+                              }));
     }
 }
 
@@ -59,7 +71,6 @@ void _bs_event_handle_t::complete(bs_result_t status, std::string message) {
 }
 
 void _bs_event_handle_t::signal(bs_result_t status) {
-    basalt::notifier::instance(); // it must run before anything is changed
     {
         const std::lock_guard lock(mutex_);
         if (owner_ != owner::nobody) {
@@ -69,15 +80,15 @@ void _bs_event_handle_t::signal(bs_result_t status) {
         }
         owner_ = owner::host;
     }
-    complete_from_host(status, status == BS_SUCCESS
-                                   ? std::string()
-                                   : "the host completed an event with status " + std::to_string(status));
+    complete_from_host(status, status == BS_SUCCESS ? std::string() : words_if_possible([&] {
+                           return "the host completed an event with status " + std::to_string(status);
+                       }));
 }
 
-void _bs_event_handle_t::complete_from_host(bs_result_t status, std::string message) {
+void _bs_event_handle_t::complete_from_host(bs_result_t status, std::string message) noexcept {
     const basalt::event_ref alive(this);
     settle(status, std::move(message));
-    basalt::notifier::instance().post([alive] { alive->deliver(); });
+    basalt::notifier::instance().post(alive); // it runs since the event was made
 }
 
 void _bs_event_handle_t::settle(bs_result_t status, std::string message) {

@@ -51,6 +51,12 @@ public:
     /// allowed.
     void signal(bs_result_t status);
 
+    /// Calls the listeners of an event that has completed, on this thread, which must be the driver's.
+    void deliver();
+
+    /// Link of the notifier's list.
+    boost::intrusive_ptr<_bs_event_handle_t> next_posted;
+
     friend void intrusive_ptr_add_ref(_bs_event_handle_t* e) {
         e->references_.fetch_add(1, std::memory_order_relaxed);
     }
@@ -59,9 +65,8 @@ public:
 private:
     enum class owner { nobody, host, command };
 
-    void complete_from_host(bs_result_t status, std::string message);
+    void complete_from_host(bs_result_t status, std::string message) noexcept;
     void settle(bs_result_t status, std::string message);
-    void deliver();
 
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;

@@ -28,6 +28,7 @@ public:
                 free_.pop_back();
                 return group;
             }
+            free_.reserve(++n_made_); // giving one back cannot fail
         }
         return std::make_unique<work_group>(max_work_group_size);
     }
@@ -40,6 +41,7 @@ public:
 private:
     std::mutex mutex_;
     std::vector<std::unique_ptr<work_group>> free_;
+    std::size_t n_made_ = 0;
 };
 
 class borrowed_work_group {

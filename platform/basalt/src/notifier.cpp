@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <thread>
+#include <utility>
 
 namespace basalt {
 
@@ -17,22 +18,25 @@ notifier::notifier() {
     thread.detach();
 }
 
-void notifier::post(std::function<void()> job) {
+void notifier::post(event_ref completed) noexcept {
     const std::lock_guard lock(mutex_);
-    jobs_.push_back(std::move(job));
+    event* const added = completed.get();
+    (last_ == nullptr ? first_ : last_->next_posted) = std::move(completed);
+    last_ = added;
     posted_.notify_one();
 }
 
 void notifier::run() {
     for (;;) {
-        std::function<void()> job;
+        event_ref next;
         {
             std::unique_lock lock(mutex_);
-            posted_.wait(lock, [this] { return !jobs_.empty(); });
-            job = std::move(jobs_.front());
-            jobs_.pop_front();
+            posted_.wait(lock, [this] { return first_ != nullptr; });
+            next = std::exchange(first_, nullptr);
+            first_ = std::exchange(next->next_posted, nullptr);
+            last_ = first_ == nullptr ? nullptr : last_;
         }
-        job();
+        next->deliver();
     }
 }
 

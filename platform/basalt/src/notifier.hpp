@@ -1,9 +1,9 @@
 // The thread that tells of events which callers complete: their own threads may hold locks.
 #pragma once
 
+#include "event.hpp"
+
 #include <condition_variable>
-#include <deque>
-#include <functional>
 #include <mutex>
 
 namespace basalt {
@@ -12,7 +12,8 @@ class notifier {
 public:
     /// Starts the thread on first use; throws if that fails.
     static notifier& instance();
-    void post(std::function<void()> job);
+    /// Has the listeners of an event called that has completed.
+    void post(event_ref completed) noexcept;
 
 private:
     notifier();
@@ -20,7 +21,8 @@ private:
 
     std::mutex mutex_;
     std::condition_variable posted_;
-    std::deque<std::function<void()>> jobs_;
+    event_ref first_; ///< of those posted, which are linked through event::next_posted
+    event* last_ = nullptr;
 };
 
 } // namespace basalt

@@ -74,7 +74,13 @@ stream::stream(basalt::context& context, basalt::device& device, bool in_order)
 }
 
 stream::~stream() {
-    synchronize();
+    // Nobody submits any more. A copy of the list could fail.
+    std::unique_lock lock(mutex_);
+    const std::vector<event_ref> last = std::move(unfinished_);
+    lock.unlock();
+    for (const event_ref& e : last) {
+        e->wait();
+    }
     context_->queue_gone();
 }
 

@@ -87,6 +87,20 @@ void work_group::run_items() {
     } while (!sanitizer::detects_races && started_ < local_size_ && !stopped_);
 }
 
+template <typename Words>
+void work_group::stop(const Words& words) noexcept {
+    if (stopped_) {
+        return; // the first reason counts
+    }
+    stopped_ = true;
+    try {
+        const char* name = kernel_->name != nullptr ? kernel_->name : "without name";
+        why_ = "kernel " + std::string(name) + ", group " + std::to_string(group_id_) + ": " + words();
+    } catch (...) {
+        why_ = "out of memory"; // short enough to need none
+    }
+}
+
 void work_group::run_item(std::size_t local_id) noexcept {
     const bs_work_item_t item{local_id, group_id_, local_size_, kernel_->n_groups, this};
     try {
@@ -98,9 +112,11 @@ void work_group::run_item(std::size_t local_id) noexcept {
         finish_item(local_id);
     } catch (const item_stopped&) {
     } catch (const std::exception& e) {
-        stop("work-item " + std::to_string(local_id) + " threw: " + e.what());
+        stop([&] { return "work-item " + std::to_string(local_id) + " threw: " + e.what(); });
     } catch (...) {
-        stop("work-item " + std::to_string(local_id) + " threw something that is no std::exception");
+        stop([&] {
+            return "work-item " + std::to_string(local_id) + " threw something that is no std::exception";
+        });
     }
     end_.release();
 }
@@ -210,21 +226,8 @@ void work_group::diverge(std::size_t local_id, const std::string& did, const std
 }
 
 void work_group::fail_item(const std::string& words) {
-    stop(words);
+    stop([&] { return words; });
     throw item_stopped{};
-}
-
-void work_group::stop(const std::string& words) noexcept {
-    if (stopped_) {
-        return; // the first reason counts
-    }
-    stopped_ = true;
-    try {
-        const char* name = kernel_->name != nullptr ? kernel_->name : "without name";
-        why_ = "kernel " + std::string(name) + ", group " + std::to_string(group_id_) + ": " + words;
-    } catch (...) {
-        why_.clear();
-    }
 }
 
 bool work_group::leaves_early() const {

@@ -69,7 +69,9 @@ private:
 
     [[noreturn]] void diverge(std::size_t local_id, const std::string& did, const std::string& others);
     [[noreturn]] void fail_item(const std::string& words);
-    void stop(const std::string& words) noexcept;
+    /// \p words returns the reason, and may throw for want of memory.
+    template <typename Words>
+    void stop(const Words& words) noexcept;
     bool leaves_early() const;
     void unwind();
 

@@ -1,5 +1,5 @@
 // What a submission leaves behind that fails for want of memory, whichever allocation it was.
-#include "failing_new.hpp"
+#include "injector.hpp"
 #include "support/devices.hpp"
 
 #include <gmock/gmock.h>
@@ -24,7 +24,8 @@ void with_each_allocation_failing(Body body) {
     for (bool reached = true; reached && !testing::Test::HasFailure(); ++n) {
         SCOPED_TRACE("allocation " + std::to_string(n));
         body([&](auto submit) {
-            const failing_new failure(n, false);
+            const char* failed = nullptr;
+            const injection failure({.family = call_family::memory, .nth = n, .this_thread = true}, failed);
             try {
                 submit();
             } catch (const std::exception&) { // an asynchronous error goes to the queue instead
