@@ -58,7 +58,9 @@ struct holdings {
     std::string text() const;
 };
 
-/// What the process holds when threads have let go of what they shared; waited for if it is more than \p before.
-holdings settled(const holdings& before);
+/// What the process holds when threads have let go of what they shared: the least of a millisecond, or no more than
+/// \p before, which is waited for so many milliseconds.
+holdings settled();
+holdings settled(const holdings& before, int milliseconds = 2);
 
 } // namespace test

@@ -200,7 +200,7 @@ protected:
         form.held = which.what == failure::second_submission && which.nowait;
         offload_call sound(*device, small), failing(*device, form);
         run(sound);
-        const auto before = holdings::now();
+        const auto before = settled();
         run_with_failure(failing, device->runtime == OMPTARGET_FR_OPENCL);
         told->status = failing.status;
         told->completions = failing.completions;

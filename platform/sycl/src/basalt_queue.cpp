@@ -41,11 +41,20 @@ struct launch_record {
     }
 };
 
+/// Without its words if there is no memory for them: this runs on a thread of the driver, which nothing may leave.
+std::exception_ptr failure_of(const char* message) noexcept {
+    try {
+        return std::make_exception_ptr(exception(errc::kernel, message));
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
 void end_command(void* user, bs_result_t status, const char* message) {
     const runtime_thread_scope scope;
     const std::unique_ptr<std::shared_ptr<command>> done(static_cast<std::shared_ptr<command>*>(user));
     const bool failed = status != BS_SUCCESS;
-    (*done)->finish(failed ? std::make_exception_ptr(exception(errc::kernel, message)) : nullptr);
+    (*done)->finish(failed ? failure_of(message) : nullptr);
 }
 
 } // namespace

@@ -152,7 +152,7 @@ std::shared_ptr<command> buffer_impl::make_mover(const copy& target, const copy&
             };
             try {
                 post_to_host_threads(move);
-            } catch (const std::bad_alloc&) {
+            } catch (const std::exception&) {
                 move(); // others rely on it
             }
         });

@@ -41,6 +41,16 @@ commands_in_flight& in_flight() {
     return *result;
 }
 
+/// Without its words if there is no memory for them: this runs on a thread of the driver, which nothing may leave.
+std::exception_ptr failure_of(cl_int status) noexcept {
+    try {
+        return std::make_exception_ptr(
+            exception(errc::kernel, "the OpenCL device failed: " + status_name(status)));
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
 void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
     const runtime_thread_scope scope;
     const auto done = in_flight().leave(reinterpret_cast<std::uintptr_t>(number));
@@ -48,9 +58,7 @@ void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
     if (done == nullptr || status == CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST) {
         return;
     }
-    done->finish(status < 0 ? std::make_exception_ptr(
-                                  exception(errc::kernel, "the OpenCL device failed: " + status_name(status)))
-                            : nullptr);
+    done->finish(status < 0 ? failure_of(status) : nullptr);
 }
 
 cl_int execution_status(cl_event native) {
@@ -112,7 +120,7 @@ void completion::follow(cl_event native) {
     };
     try {
         post_to_host_threads(wait);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {
         wait();
     }
 }

@@ -25,21 +25,54 @@ void report_and_terminate(const exception_list& errors) {
     std::terminate();
 }
 
+/// For which there was no memory to hand them to another thread. Never destroyed.
+class retired_queues {
+public:
+    static retired_queues& instance() {
+        static auto* const all = new retired_queues;
+        return *all;
+    }
+    void add(std::list<retired_queue>& one) noexcept {
+        const std::lock_guard guard(lock_);
+        list_.splice(list_.end(), one);
+    }
+    /// On a thread of a user.
+    void destroy_all() noexcept {
+        std::list<retired_queue> old; // outside the lock
+        const std::lock_guard guard(lock_);
+        old.swap(list_);
+    }
+
+private:
+    std::mutex lock_;
+    std::list<retired_queue> list_;
+};
+
 } // namespace
 
 queue_impl::queue_impl(std::shared_ptr<context_impl> context, std::shared_ptr<device_impl> device,
                        async_handler handler, bool in_order, std::unique_ptr<native_queue> native)
     : context_(std::move(context)), device_(std::move(device)), handler_(std::move(handler)),
-      in_order_(in_order), native_(std::move(native)) {}
+      in_order_(in_order), native_(std::move(native)), end_(1) {
+    if (!runtime_thread_scope::active()) {
+        retired_queues::instance().destroy_all();
+    }
+}
 
 queue_impl::~queue_impl() {
     if (!errors_.empty()) {
         deliver(std::move(errors_)); // without an allocation, which might fail
     }
-    if (runtime_thread_scope::active()) {
-        // The driver waits for its threads when a queue goes, and this may be one of them.
-        post_to_host_threads(
-            [keep = context_, native = std::shared_ptr<native_queue>(std::move(native_))] {});
+    if (!runtime_thread_scope::active()) {
+        return;
+    }
+    // The driver waits for its threads when a queue goes, and this may be one of them.
+    end_.front() = {context_, std::move(native_)};
+    retired_queues::instance().add(end_);
+    try {
+        post_to_host_threads([] { retired_queues::instance().destroy_all(); });
+    } catch (const std::exception&) {
+        // The next queue that is made sees to it.
     }
 }
 

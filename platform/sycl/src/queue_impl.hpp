@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <functional>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -14,6 +15,12 @@
 namespace sycl::detail {
 
 class command;
+
+/// What is left of a queue that ended on a thread of the runtime.
+struct retired_queue {
+    std::shared_ptr<context_impl> context;
+    std::unique_ptr<native_queue> native; ///< goes first
+};
 
 class queue_impl : public std::enable_shared_from_this<queue_impl> {
 public:
@@ -47,6 +54,7 @@ private:
     async_handler handler_;
     bool in_order_;
     std::unique_ptr<native_queue> native_;
+    std::list<retired_queue> end_; ///< one, made early, so that a queue can end without memory
 
     std::mutex lock_;
     std::mutex order_; ///< held over a submission to an in-order queue, so that its commands form one chain

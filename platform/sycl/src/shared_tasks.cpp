@@ -83,7 +83,7 @@ void pass_on(const task_list& tasks) {
         }
         try {
             post_to_host_threads([each] { run_if_nobody_else_does(*each); });
-        } catch (const std::bad_alloc&) {
+        } catch (const std::exception&) {
             run_if_nobody_else_does(*each);
         }
     }
