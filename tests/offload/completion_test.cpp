@@ -5,6 +5,7 @@
 #include <chrono>
 #include <deque>
 #include <future>
+#include <stdexcept>
 #include <thread>
 
 #include <pthread.h>
@@ -258,6 +259,27 @@ TEST(completion_thread, may_be_ended_by_the_routine) {
         std::this_thread::sleep_for(10ms); // an exception that is not rethrown would abort the program now
         EXPECT_TRUE(has_sum(task));
     }
+}
+
+// Nothing that the routine throws may enter a thread of ours or of OpenCL.
+TEST_P(completion, routine_may_throw) {
+    const auto interop = nowait_interop(device);
+    static std::atomic<int> calls;
+    calls = 0;
+    void (*const routine)(void*) = [](void*) {
+        ++calls;
+        throw std::runtime_error("no completion wanted");
+    };
+    omptarget_interop_set_pointer(interop.get(), OMPTARGET_COMPLETION, reinterpret_cast<void*>(routine));
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(compute(task, est_sum, 1, interop), 0);
+    while (calls == 0) {
+        std::this_thread::yield();
+    }
+    std::this_thread::sleep_for(20ms);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Qtx Stats: std::exception what: no completion wanted\n");
+    EXPECT_EQ(compute(task, est_sum, 1, device.interop()), 0) << "the device goes on";
 }
 
 // The call is over for its caller, who may free the arrays: nothing of it may be under way any more.
