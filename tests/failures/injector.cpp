@@ -61,7 +61,6 @@ struct {
     std::atomic<bool> reached = false;
     const char** failed = nullptr;
     std::mutex lock;
-    std::vector<cl_event> failed_events; ///< their commands count as failed
 } state;
 
 std::atomic<long> objects_of_drivers = 0;
@@ -125,7 +124,6 @@ injection::injection(const fault& what, const char*& failed) {
 injection::~injection() {
     state.armed = false;
     const std::lock_guard guard(state.lock);
-    state.failed_events.clear();
 }
 
 int injection::calls() const {
@@ -232,21 +230,40 @@ Result refusal([[maybe_unused]] const std::tuple<Arguments...>& arguments) {
     }
 }
 
-/// The part of a call that comes after it. An event that is asked for is an object, too, and may stand for a failure.
+template <typename... Arguments>
+constexpr bool gives_event =
+    std::is_same_v<std::tuple_element_t<sizeof...(Arguments) - 1, std::tuple<Arguments...>>, cl_event*>;
+
+/// The part of a call that comes after it. An event that is asked for is an object, too.
 template <typename... Arguments>
 void note(const char* name, const std::tuple<Arguments...>& arguments) {
     objects_of_drivers += objects_made(name);
-    if constexpr (std::is_same_v<std::tuple_element_t<sizeof...(Arguments) - 1, std::tuple<Arguments...>>,
-                                 cl_event*>) {
-        const cl_event* const event = std::get<sizeof...(Arguments) - 1>(arguments);
-        if (event != nullptr) {
-            ++objects_of_drivers;
-            if (fails(call_family::execution, name)) {
-                const std::lock_guard guard(state.lock);
-                state.failed_events.push_back(*event);
-            }
-        }
+    if constexpr (gives_event<Arguments...>) {
+        objects_of_drivers += std::get<sizeof...(Arguments) - 1>(arguments) != nullptr ? 1 : 0;
     }
+}
+
+/// Enqueues a command behind a user event that fails, so that the driver ends it with a failure.
+template <typename Result, typename... Arguments>
+Result enqueue_failing(Result (*real)(Arguments...),
+                       std::tuple<std::type_identity_t<Arguments>...> arguments) {
+    static const auto create = next<decltype(&clCreateUserEvent)>("clCreateUserEvent");
+    static const auto end = next<decltype(&clSetUserEventStatus)>("clSetUserEventStatus");
+    static const auto release = next<decltype(&clReleaseEvent)>("clReleaseEvent");
+    constexpr std::size_t n = sizeof...(Arguments);
+    cl_context context = nullptr;
+    clGetCommandQueueInfo(std::get<0>(arguments), CL_QUEUE_CONTEXT, sizeof context, &context, nullptr);
+    const cl_event cause = create(context, nullptr);
+    auto& n_waits = std::get<n - 3>(arguments);
+    auto& waits = std::get<n - 2>(arguments);
+    std::vector<cl_event> all(waits, waits + n_waits);
+    all.push_back(cause);
+    waits = all.data();
+    ++n_waits;
+    const Result result = std::apply(real, arguments);
+    end(cause, CL_OUT_OF_RESOURCES);
+    release(cause);
+    return result;
 }
 
 template <typename Result>
@@ -267,6 +284,12 @@ Result relay(const char* name, Result (*real)(Arguments...),
             return refusal<Result>(arguments);
         }
         const Result result = [&] {
+            if constexpr (gives_event<Arguments...>) {
+                if (fails(call_family::execution, name)) {
+                    const foreign_scope undisturbed;
+                    return enqueue_failing(real, arguments);
+                }
+            }
             const foreign_scope undisturbed(begins(name, "cl") || is_foreign);
             return std::apply(real, arguments);
         }();
@@ -297,13 +320,8 @@ void CL_CALLBACK call_back(cl_event event, cl_int status, void* user) {
     const auto* const record = static_cast<callback_record*>(user);
     const callback_record what = *record;
     std::free(user);
-    bool failed = what.fails;
-    {
-        const std::lock_guard guard(state.lock);
-        failed = failed || std::count(state.failed_events.begin(), state.failed_events.end(), event) != 0;
-    }
     const foreign_scope ours(false);
-    what.callback(event, failed ? CL_OUT_OF_RESOURCES : status, what.user);
+    what.callback(event, what.fails ? CL_OUT_OF_RESOURCES : status, what.user);
 }
 
 cl_int relay(const char* name, decltype(&clSetEventCallback) real,

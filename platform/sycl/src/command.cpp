@@ -176,13 +176,36 @@ void command::proceed() {
         } catch (...) {
             finish(std::current_exception()); // its submission is long over
         }
-    } else if (failed_dependency_ != nullptr) {
-        finish(not_run(failed_dependency_));
+    } else if (const auto error = failure_in_back_end()) {
+        finish(error);
     } else {
         auto expected = state::waiting;
         state_.compare_exchange_strong(expected, state::running);
         state_.notify_all();
     }
+}
+
+void command::skipped_by_back_end(const std::exception_ptr& error) {
+    bool over = false;
+    {
+        const std::lock_guard guard(graph_lock());
+        skipped_ = error;
+        over = unmet_ == 0;
+    }
+    if (over) { // else the last dependency ends the command
+        finish(failure_in_back_end());
+    }
+}
+
+/// Why the back end will not run the command, as far as that is known when its dependencies are over; null if it will.
+std::exception_ptr command::failure_in_back_end() const {
+    std::exception_ptr cause, skipped;
+    {
+        const std::lock_guard guard(graph_lock());
+        cause = failed_dependency_;
+        skipped = skipped_;
+    }
+    return cause != nullptr ? not_run(cause) : skipped;
 }
 
 std::shared_ptr<backend_event> command::get_native_event() const {

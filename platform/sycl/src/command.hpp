@@ -63,6 +63,10 @@ public:
     /// Ends the command; a non-null \p error is reported to its queue.
     void finish(const std::exception_ptr& error);
 
+    /// The back end has not run the command, because one that it waited for failed. If the graph knows which, it tells the
+    /// cause, else \p error is reported: the other command may be another program's.
+    void skipped_by_back_end(const std::exception_ptr& error);
+
     /// What the back end waits for before it runs a command that it is given early.
     const std::vector<std::shared_ptr<backend_event>>& wait_list() const { return wait_list_; }
     /// The back end's own event; null if it has none.
@@ -116,6 +120,7 @@ private:
     bool enter_graph(const std::vector<std::shared_ptr<command>>& needed,
                      const std::shared_ptr<command>& earlier, const std::vector<requirement>& requirements,
                      const memory_space& space);
+    std::exception_ptr failure_in_back_end() const;
     void withdraw();
     void end_withdrawn();
     void prepare_native_events();
@@ -154,8 +159,9 @@ private:
     std::vector<std::weak_ptr<command>> dependencies_;
     std::exception_ptr error_;
     std::exception_ptr failed_dependency_;
-    bool handed_over_ = false; ///< the back end has the command, and waits for its dependencies
-    bool withdrawn_ = false;   ///< the back end refused the command
+    std::exception_ptr skipped_; ///< by the back end
+    bool handed_over_ = false;   ///< the back end has the command, and waits for its dependencies
+    bool withdrawn_ = false;     ///< the back end refused the command
     std::vector<restoration> restorations_;
     std::shared_ptr<backend_event> native_event_;
     bool ends_native_event_ = false;

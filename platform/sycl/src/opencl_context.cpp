@@ -33,13 +33,18 @@ void* context::allocate(usm::alloc kind, std::size_t bytes, std::size_t alignmen
     if (alignment > std::numeric_limits<cl_uint>::max()) {
         return nullptr;
     }
+    const auto owner = std::find_if(devices().begin(), devices().end(),
+                                    [&](const auto& each) { return each.get() == &target; });
+    // The entry first: nothing may fail once the driver has given memory.
+    decltype(blocks_) entry;
+    entry.emplace(nullptr, block{bytes, {kind, *owner}});
     void* const memory = clSVMAlloc(native(), CL_MEM_READ_WRITE | CL_MEM_SVM_FINE_GRAIN_BUFFER, bytes,
                                     static_cast<cl_uint>(alignment));
     if (memory != nullptr) {
-        const auto owner = std::find_if(devices().begin(), devices().end(),
-                                        [&](const auto& each) { return each.get() == &target; });
+        auto node = entry.extract(entry.begin());
+        node.key() = memory;
         const std::lock_guard guard(lock_);
-        blocks_[memory] = {bytes, {kind, *owner}};
+        blocks_.insert(std::move(node));
     }
     return memory;
 }

@@ -54,11 +54,14 @@ std::exception_ptr failure_of(cl_int status) noexcept {
 void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
     const runtime_thread_scope scope;
     const auto done = in_flight().leave(reinterpret_cast<std::uintptr_t>(number));
-    // The graph knows better why a command could not be run behind another one.
-    if (done == nullptr || status == CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST) {
+    if (done == nullptr) {
         return;
     }
-    done->finish(status < 0 ? failure_of(status) : nullptr);
+    if (status == CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST) {
+        done->skipped_by_back_end(failure_of(status));
+    } else {
+        done->finish(status < 0 ? failure_of(status) : nullptr);
+    }
 }
 
 cl_int execution_status(cl_event native) {
