@@ -67,7 +67,8 @@ struct report {
 std::string text_of(const std::vector<double>& values) {
     std::string text;
     for (const double each : values) {
-        text += " " + std::to_string(each);
+        text += ' ';
+        text += std::to_string(each);
     }
     return text;
 }
