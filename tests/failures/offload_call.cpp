@@ -37,7 +37,7 @@ interop_device& sycl_gpu_with_handler() {
 
 void offload_call::prepare() {
     task_ = std::make_unique<offload_task<double, std::int64_t>>(
-        device_, make<double>({.n_dims = form_.n_dims, .n_observations = 100}));
+        device_, make<double>({.n_dims = form_.n_dims, .n_observations = form_.n_observations}));
     interop_ = device_.interop();
     if (interop_ == nullptr) {
         throw std::bad_alloc();

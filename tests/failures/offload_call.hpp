@@ -18,6 +18,7 @@ public:
         unsigned long long estimates = est_min | est_sum | est_kurtosis;
         bool nowait = false;
         std::size_t n_dims = 2;
+        std::size_t n_observations = 100;
         bool held = false; ///< the device starts nothing before the entry has returned
     };
     offload_call(interop_device& device, const form& how) : device_(device), form_(how) {}

@@ -241,7 +241,8 @@ void command::start() {
         finish(not_run(failed_dependency_));
         return;
     }
-    const auto queue = queue_; // the command may end, and let its queue go, while the action still returns
+    // The command may end, and let its queue go, while the action still returns.
+    const auto core = queue_ == nullptr ? nullptr : queue_->core();
     const action what = std::move(action_);
     if (!handed_over_) {
         enter(state::running);
@@ -261,6 +262,8 @@ void command::finish(const std::exception_ptr& error) {
     kept_host_task_ = nullptr;
     resources_.clear();
     restorations_.clear();
+    const auto core = queue_ == nullptr ? nullptr : queue_->core();
+    queue_ = nullptr; // before anybody who waits goes on, and perhaps unloads the code of its handler
     const auto [ready, signals] = complete_and_release(error);
     // Outside the lock of the graph: a driver may call back from here.
     for (const auto& [event, tells_failure] : signals) {
@@ -272,8 +275,8 @@ void command::finish(const std::exception_ptr& error) {
     for (const auto& next : ready) {
         next.waiting->proceed();
     }
-    if (const auto queue = std::move(queue_)) {
-        queue->forget(self);
+    if (core != nullptr) {
+        core->forget(self);
     }
 }
 

@@ -137,8 +137,8 @@ private:
     std::pair<std::vector<dependent>, std::vector<signal>>
     complete_and_release(const std::exception_ptr& error);
 
-    // A running command keeps its queue. A finished one does not: it may go while the graph lock is held, and
-    // the end of a queue calls the user's handler.
+    // A running command keeps its queue. One that counts as complete does not: it may go while the graph lock is held, or
+    // after the code of the user's handler, and the end of a queue calls and destroys that.
     std::shared_ptr<queue_impl> queue_;
     const std::weak_ptr<queue_impl> origin_;
     const bool internal_; ///< work of the runtime's own, which no user sees

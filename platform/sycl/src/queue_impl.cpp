@@ -50,19 +50,14 @@ private:
 
 } // namespace
 
-queue_impl::queue_impl(std::shared_ptr<context_impl> context, std::shared_ptr<device_impl> device,
-                       async_handler handler, bool in_order, std::unique_ptr<native_queue> native)
-    : context_(std::move(context)), device_(std::move(device)), handler_(std::move(handler)),
-      in_order_(in_order), native_(std::move(native)), end_(1) {
+queue_core::queue_core(std::shared_ptr<context_impl> context, std::unique_ptr<native_queue> native)
+    : context_(std::move(context)), native_(std::move(native)), end_(1) {
     if (!runtime_thread_scope::active()) {
         retired_queues::instance().destroy_all();
     }
 }
 
-queue_impl::~queue_impl() {
-    if (!errors_.empty()) {
-        deliver(std::move(errors_)); // without an allocation, which might fail
-    }
+queue_core::~queue_core() {
     if (!runtime_thread_scope::active()) {
         return;
     }
@@ -73,6 +68,33 @@ queue_impl::~queue_impl() {
         post_to_host_threads([] { retired_queues::instance().destroy_all(); });
     } catch (const std::exception&) {
         // The next queue that is made sees to it.
+    }
+}
+
+void queue_core::forget(const std::shared_ptr<command>& finished) {
+    const std::lock_guard guard(lock_);
+    remove(*finished);
+    if (last_ == finished) {
+        last_ = nullptr;
+    }
+}
+
+/// The last one in flight takes its place.
+void queue_core::remove(const command& finished) {
+    const std::size_t place = finished.place_in_flight;
+    std::swap(in_flight_[place], in_flight_.back());
+    in_flight_[place]->place_in_flight = place;
+    in_flight_.pop_back();
+}
+
+queue_impl::queue_impl(std::shared_ptr<context_impl> context, std::shared_ptr<device_impl> device,
+                       async_handler handler, bool in_order, std::unique_ptr<native_queue> native)
+    : context_(std::move(context)), device_(std::move(device)), handler_(std::move(handler)),
+      in_order_(in_order), core_(std::make_shared<queue_core>(context_, std::move(native))) {}
+
+queue_impl::~queue_impl() {
+    if (!errors_.empty()) {
+        deliver(std::move(errors_)); // without an allocation, which might fail
     }
 }
 
@@ -88,47 +110,32 @@ std::shared_ptr<command> queue_impl::submit(const std::function<void(handler&)>&
     try {
         made->submit(description.dependencies(), previous, description.requirements(), description.space());
     } catch (...) {
-        const std::lock_guard guard(lock_);
-        last_ = previous; // the next one of an in-order queue follows that
+        const std::lock_guard guard(core_->lock_);
+        core_->last_ = previous; // the next one of an in-order queue follows that
         throw;
     }
     return made;
 }
 
 std::shared_ptr<command> queue_impl::enqueue(const std::shared_ptr<command>& next) {
-    const std::lock_guard guard(lock_);
-    next->place_in_flight = in_flight_.size();
-    in_flight_.push_back(next);
+    const std::lock_guard guard(core_->lock_);
+    auto& in_flight = core_->in_flight_;
+    next->place_in_flight = in_flight.size();
+    in_flight.push_back(next);
     try {
-        errors_.reserve(errors_.size() + in_flight_.size());
+        errors_.reserve(errors_.size() + in_flight.size());
     } catch (...) {
-        remove(*next);
+        core_->remove(*next);
         throw;
     }
-    return in_order_ ? std::exchange(last_, next) : nullptr;
-}
-
-void queue_impl::forget(const std::shared_ptr<command>& finished) {
-    const std::lock_guard guard(lock_);
-    remove(*finished);
-    if (last_ == finished) {
-        last_ = nullptr;
-    }
-}
-
-/// The last one in flight takes its place.
-void queue_impl::remove(const command& finished) {
-    const std::size_t place = finished.place_in_flight;
-    std::swap(in_flight_[place], in_flight_.back());
-    in_flight_[place]->place_in_flight = place;
-    in_flight_.pop_back();
+    return in_order_ ? std::exchange(core_->last_, next) : nullptr;
 }
 
 void queue_impl::wait() {
     std::vector<std::shared_ptr<command>> pending;
     {
-        const std::lock_guard guard(lock_);
-        pending = in_flight_;
+        const std::lock_guard guard(core_->lock_);
+        pending = core_->in_flight_;
     }
     for (const auto& each : pending) {
         each->wait();
@@ -136,7 +143,7 @@ void queue_impl::wait() {
 }
 
 void queue_impl::report(std::exception_ptr error) {
-    const std::lock_guard guard(lock_);
+    const std::lock_guard guard(core_->lock_);
     // There is room for an error of every command in flight.
     errors_.push_back(std::move(error));
 }
@@ -144,7 +151,7 @@ void queue_impl::report(std::exception_ptr error) {
 void queue_impl::throw_asynchronous() {
     std::vector<std::exception_ptr> errors;
     {
-        const std::lock_guard guard(lock_);
+        const std::lock_guard guard(core_->lock_);
         if (errors_.empty()) {
             return;
         }

@@ -22,6 +22,34 @@ struct retired_queue {
     std::unique_ptr<native_queue> native; ///< goes first
 };
 
+/**
+ * What commands keep of their queue to their very end: the driver's queue, and the list of those in flight. It has nothing
+ * that the user gave, above all no handler, whose code may be unloaded once a command counts as complete.
+ */
+class queue_core {
+public:
+    queue_core(std::shared_ptr<context_impl> context, std::unique_ptr<native_queue> native);
+    ~queue_core();
+    queue_core(const queue_core&) = delete;
+    queue_core& operator=(const queue_core&) = delete;
+
+    native_queue& native() { return *native_; }
+    void forget(const std::shared_ptr<command>& finished);
+
+private:
+    friend class queue_impl;
+
+    void remove(const command& finished);
+
+    std::shared_ptr<context_impl> context_;
+    std::unique_ptr<native_queue> native_;
+    std::list<retired_queue> end_; ///< one, made early, so that a queue can end without memory
+
+    std::mutex lock_; ///< guards the errors of the queue as well
+    std::vector<std::shared_ptr<command>> in_flight_;
+    std::shared_ptr<command> last_; ///< of an in-order queue
+};
+
 class queue_impl : public std::enable_shared_from_this<queue_impl> {
 public:
     queue_impl(std::shared_ptr<context_impl> context, std::shared_ptr<device_impl> device,
@@ -33,19 +61,18 @@ public:
     const std::shared_ptr<context_impl>& context() const { return context_; }
     const std::shared_ptr<device_impl>& device() const { return device_; }
     bool in_order() const { return in_order_; }
-    native_queue& native() { return *native_; }
+    native_queue& native() { return core_->native(); }
+    const std::shared_ptr<queue_core>& core() const { return core_; }
 
     std::shared_ptr<command> submit(const std::function<void(handler&)>& group);
     void wait();
     void throw_asynchronous();
 
     void report(std::exception_ptr error);
-    void forget(const std::shared_ptr<command>& finished);
 
 private:
     /// To the queue's handler, its context's, or the end of the program.
     void deliver(std::vector<std::exception_ptr> errors) const;
-    void remove(const command& finished);
     /// Counts the command as in flight and returns the one that an in-order queue runs before it.
     std::shared_ptr<command> enqueue(const std::shared_ptr<command>& next);
 
@@ -53,13 +80,9 @@ private:
     std::shared_ptr<device_impl> device_;
     async_handler handler_;
     bool in_order_;
-    std::unique_ptr<native_queue> native_;
-    std::list<retired_queue> end_; ///< one, made early, so that a queue can end without memory
+    std::shared_ptr<queue_core> core_;
 
-    std::mutex lock_;
     std::mutex order_; ///< held over a submission to an in-order queue, so that its commands form one chain
-    std::vector<std::shared_ptr<command>> in_flight_;
-    std::shared_ptr<command> last_;
     std::vector<std::exception_ptr> errors_;
 };
 
