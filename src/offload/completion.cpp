@@ -3,6 +3,7 @@
 #include "exception_report.hpp"
 
 #include "runtime/interop_properties.hpp"
+#include "runtime/qtx_cl_entries.hpp"
 
 #include <qtx_services.h>
 #include <sycl/interop_opencl.hpp>
@@ -69,6 +70,17 @@ void keep_library_loaded() {
     kept = true;
 }
 
+/// Some drivers tell a callback the status that it was registered for, whatever the command ended with.
+cl_int status_of(cl_event event, cl_int told) {
+    cl_int status = told;
+    const bool asks = told == CL_COMPLETE && event != nullptr;
+    if (asks && qtx_clGetEventInfo(event, CL_EVENT_COMMAND_EXECUTION_STATUS, sizeof status, &status,
+                                   nullptr) != CL_SUCCESS) {
+        return told;
+    }
+    return status;
+}
+
 bool complete_by_callback(const sycl::event& last, void* interop) {
     const cl_event native = qtx_tb_omp_get_native(last);
     clRetainEvent(native);
@@ -126,7 +138,8 @@ cl_event qtx_tb_omp_get_native(sycl::event e) { // NOLINT(performance-unnecessar
     return natives.empty() ? nullptr : natives.front();
 }
 
-void CL_CALLBACK qtx_tb_omp_cl_callback_completed(cl_event event, cl_int status, void* interop) {
+void CL_CALLBACK qtx_tb_omp_cl_callback_completed(cl_event event, cl_int told, void* interop) {
+    const cl_int status = status_of(event, told);
     if (status != CL_COMPLETE) {
         qtx_serv_fprintf_s(stderr, "Qtx Stats: no completion for interop object %p: OpenCL status %d\n",
                            interop, status);

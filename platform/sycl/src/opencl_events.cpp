@@ -51,8 +51,18 @@ std::exception_ptr failure_of(cl_int status) noexcept {
     }
 }
 
-void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
+/// How a command that is over ended.
+cl_int execution_status(cl_event native) {
+    cl_int status = CL_COMPLETE;
+    const cl_int asked =
+        clGetEventInfo(native, CL_EVENT_COMMAND_EXECUTION_STATUS, sizeof status, &status, nullptr);
+    return asked == CL_SUCCESS ? status : asked;
+}
+
+void CL_CALLBACK end_command(cl_event native, cl_int told, void* number) {
     const runtime_thread_scope scope;
+    // Some drivers tell the status that was asked for, whatever the command ended with.
+    const cl_int status = told == CL_COMPLETE ? execution_status(native) : told;
     const auto done = in_flight().leave(reinterpret_cast<std::uintptr_t>(number));
     if (done == nullptr) {
         return;
@@ -62,13 +72,6 @@ void CL_CALLBACK end_command(cl_event, cl_int status, void* number) {
     } else {
         done->finish(status < 0 ? failure_of(status) : nullptr);
     }
-}
-
-cl_int execution_status(cl_event native) {
-    cl_int status = CL_COMPLETE;
-    const cl_int asked =
-        clGetEventInfo(native, CL_EVENT_COMMAND_EXECUTION_STATUS, sizeof status, &status, nullptr);
-    return asked == CL_SUCCESS ? status : asked;
 }
 
 /// Takes the entry of a command with it, whoever ends the command.
@@ -119,7 +122,7 @@ void completion::follow(cl_event native) {
     // The driver has the command all the same, and will not tell its end: a thread has to wait for it.
     const auto wait = [event = event_, number = number_] {
         clWaitForEvents(1, std::array{event->native()}.data());
-        end_command(nullptr, execution_status(event->native()), reinterpret_cast<void*>(number));
+        end_command(event->native(), CL_COMPLETE, reinterpret_cast<void*>(number));
     };
     try {
         post_to_host_threads(wait);
