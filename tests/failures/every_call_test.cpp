@@ -38,13 +38,11 @@ constexpr disturbance disturbances[] = {
     {"cold_threads", call_family::threads, false, true},
 };
 
-/// Calls tried in each case: all, or so many that are spread over them.
-int most_tried() {
-    return std::getenv("QTX_FAILURES_ALL") != nullptr ? 1000000 : 6;
-}
-
-int step_over(int calls) {
-    return std::max(1, calls / most_tried());
+/// From one call that is tried to the next: all are, or so many that are spread over them.
+int step_over(int calls, const scenario& which) {
+    constexpr int most_tried = 6;
+    const bool all = std::getenv("QTX_FAILURES_ALL") != nullptr || which.is_quick;
+    return all ? 1 : std::max(1, calls / most_tried);
 }
 
 constexpr unsigned seconds_for_one = 10;
@@ -118,7 +116,8 @@ public:
         require_sound(run(nullptr));
         require_sound(run(nullptr));
         const int calls = count_calls();
-        for (; told_.nth <= calls + 2 && told_.fault.text[0] == '\0'; told_.nth += step_over(calls)) {
+        for (; told_.nth <= calls + 2 && told_.fault.text[0] == '\0';
+             told_.nth += step_over(calls, scenario_)) {
             expire_in(seconds_for_one);
             if (!disturb_once() && told_.nth > calls) {
                 break;
@@ -315,7 +314,7 @@ TEST_P(every_call, may_fail) {
     }
     if (how.cold) {
         while (told->nth <= told->calls + 2 && in_child(&trial::disturb_cold)) {
-            told->nth += step_over(told->calls);
+            told->nth += step_over(told->calls, which);
         }
     } else {
         for (; !told->ended && in_child(&trial::disturb_warm); ++told->nth) {

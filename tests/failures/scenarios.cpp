@@ -215,7 +215,7 @@ const std::vector<scenario>& scenarios() {
             }
         }
         list.push_back(
-            {"driver alone", back_end::software_gpu, [] { return std::make_unique<driver_use>(); }});
+            {"driver alone", back_end::software_gpu, [] { return std::make_unique<driver_use>(); }, true});
         list.push_back(public_scenario("raw_sum, buffers", back_end::software_gpu));
         list.push_back(public_scenario("mean, USM, weighted", back_end::opencl));
         list.push_back(public_scenario("central_moment, USM", back_end::opencl));

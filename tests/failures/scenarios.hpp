@@ -38,6 +38,7 @@ struct scenario {
     back_end where;
     /// Finds the device; null if the machine has none.
     std::function<std::unique_ptr<use>()> make;
+    bool is_quick = false;
     friend void PrintTo(const scenario& which, std::ostream* out) { *out << which.name; }
 };
 

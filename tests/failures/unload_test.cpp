@@ -20,8 +20,10 @@ using namespace std::chrono_literals;
 
 constexpr unsigned soon = 20000;
 
-/// How often each thing is done.
-int rounds() {
+constexpr int rounds = 1000;
+
+/// How many processes do it once.
+int processes() {
     return std::getenv("QTX_FAILURES_ALL") != nullptr ? 1000 : 200;
 }
 
@@ -104,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(devices, unloading,
 
 TEST_P(unloading, after_waiting_calls_takes_the_mapping_away_each_time) {
     EXPECT_EQ(ending([](interop_device& device) {
-                  for (int i = 0; i < rounds(); ++i) {
+                  for (int i = 0; i < rounds; ++i) {
                       use_and_unload(device, false);
                       if (is_mapped()) {
                           fail("still mapped after round " + std::to_string(i));
@@ -116,7 +118,7 @@ TEST_P(unloading, after_waiting_calls_takes_the_mapping_away_each_time) {
 
 TEST_P(unloading, after_completions_is_safe_again_and_again) {
     EXPECT_EQ(ending([](interop_device& device) {
-                  for (int i = 0; i < rounds(); ++i) {
+                  for (int i = 0; i < rounds; ++i) {
                       use_and_unload(device, true);
                   }
               }),
@@ -128,7 +130,7 @@ TEST_P(unloading, after_the_first_completion_is_safe) {
     const bool is_slow = std::string(GetParam().name) == "opencl"; // to start
     std::string first;
     int n_failures = 0;
-    for (int i = 0; i < rounds() / (is_slow ? 20 : 1); ++i) {
+    for (int i = 0; i < processes() / (is_slow ? 20 : 1); ++i) {
         const std::string end = ending([](interop_device& device) {
             use_and_unload(device, true);
             std::this_thread::sleep_for(1ms);
