@@ -262,6 +262,11 @@ protected:
             GTEST_SKIP() << "no device images in this build";
         }
 #endif
+        // Work of several commands completes by a user event. Debian's driver makes no callback for one that fails.
+        if (which.where == back_end::opencl && how.family == call_family::execution &&
+            which.name.find("nowait") != std::string::npos) {
+            GTEST_SKIP() << "the driver does not tell";
+        }
         if (which.where != back_end::opencl) {
             setenv("OCL_ICD_VENDORS", "/nowhere", 1); // finding no driver takes no time
         }

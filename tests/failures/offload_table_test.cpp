@@ -203,6 +203,10 @@ protected:
         }
         offload_call sound(*device, small), failing(*device, form);
         run(sound);
+        auto unheld = form;
+        unheld.held = false;
+        offload_call first(*device, unheld); // kernels that are built once stay
+        run(first);
         const auto before = settled();
         run_with_failure(failing, device->runtime == OMPTARGET_FR_OPENCL);
         told->status = failing.status;
