@@ -52,7 +52,7 @@ struct holdings {
     long files = 0;          ///< open descriptors
 
     static holdings now();
-    /// Whether there is more of anything, of the allocations by more than \p tolerance.
+    /// Whether there is more of anything: of the allocations by more than \p tolerance, of objects by an eighth of it.
     bool exceed(const holdings& other, long tolerance = 0) const;
     holdings lowest(const holdings& other) const;
     std::string text() const;
