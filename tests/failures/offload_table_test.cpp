@@ -7,10 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include <malloc.h>
 #include <sys/resource.h>
@@ -207,6 +209,7 @@ protected:
         unheld.held = false;
         offload_call first(*device, unheld); // kernels that are built once stay
         run(first);
+        std::this_thread::sleep_for(std::chrono::milliseconds(20)); // threads of the driver let go
         const auto before = settled();
         run_with_failure(failing, device->runtime == OMPTARGET_FR_OPENCL);
         told->status = failing.status;
@@ -216,7 +219,7 @@ protected:
         told->contradiction.set(failing.contradiction());
         run(sound);
         told->sound_afterwards = sound.status == 0 && sound.contradiction().empty() && sound.printed.empty();
-        const auto after = settled(before);
+        const auto after = settled(before, 100);
         told->left_behind = after.driver_objects - before.driver_objects + after.files - before.files;
         if (device == &sycl_gpu()) {
             _exit(0); // the end of a queue without a handler, which is the caller's, ends the process
