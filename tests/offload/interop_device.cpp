@@ -155,8 +155,8 @@ interop_device& sycl_gpu() {
 }
 
 interop_device& sycl_gpu_in_order() {
-    static auto* const device = new sycl_device(
-        sycl::queue(new_gpu(), {sycl::property::queue::in_order()}), "sycl_gpu_in_order");
+    static auto* const device =
+        new sycl_device(sycl::queue(new_gpu(), {sycl::property::queue::in_order()}), "sycl_gpu_in_order");
     return *device;
 }
 
@@ -165,8 +165,7 @@ std::unique_ptr<interop_device> new_sycl_gpu(const sycl::async_handler& handler)
 }
 
 interop_device& sycl_cpu() {
-    static auto* const device =
-        new sycl_device(sycl::queue(sycl::device(sycl::cpu_selector_v)), "sycl_cpu");
+    static auto* const device = new sycl_device(sycl::queue(sycl::device(sycl::cpu_selector_v)), "sycl_cpu");
     return *device;
 }
 
