@@ -77,13 +77,13 @@ public:
     trial(const scenario& which, const disturbance& how, report& told)
         : scenario_(which), how_(how), told_(told) {}
 
-    /// The results of an undisturbed run, for cold processes.
+    /// What an undisturbed run in a new process does.
     void learn() {
-        if (!find()) {
+        const auto sound = run_cold({how_.family, 1 << 30});
+        told_.missing = use_ == nullptr;
+        if (told_.missing) {
             return;
         }
-        const fault none{how_.family, 1 << 30};
-        const auto sound = run(&none);
         require_sound(sound);
         told_.calls = calls_;
         told_.n_expected = static_cast<int>(std::min(sound.results.size(), std::size(told_.expected)));
@@ -91,23 +91,7 @@ public:
     }
 
     /// One failure in the first run of a process.
-    void disturb_cold() {
-        const fault what{how_.family, told_.nth, how_.lasting};
-        {
-            const injection failure(what, told_.failed);
-            try {
-                use_ = scenario_.make();
-                if (use_ != nullptr) {
-                    use_->prepare();
-                    use_->act();
-                }
-            } catch (const std::exception&) {
-                use_.reset();
-            }
-            note(failure);
-        }
-        judge(use_ == nullptr ? outcome{"no device", "", {}, 0} : use_->conclude());
-    }
+    void disturb_cold() { judge(run_cold({how_.family, told_.nth, how_.lasting})); }
 
     /// All calls from told.nth on.
     void disturb_warm() {
@@ -132,6 +116,24 @@ private:
         use_ = scenario_.make();
         told_.missing = use_ == nullptr;
         return !told_.missing;
+    }
+
+    /// With the search for the device.
+    outcome run_cold(const fault& what) {
+        {
+            const injection failure(what, told_.failed);
+            try {
+                use_ = scenario_.make();
+                if (use_ != nullptr) {
+                    use_->prepare();
+                    use_->act();
+                }
+            } catch (const std::exception&) {
+                use_.reset();
+            }
+            note(failure);
+        }
+        return use_ == nullptr ? outcome{"no device", "", {}, 0} : use_->conclude();
     }
 
     outcome run(const fault* what) {
