@@ -1,6 +1,9 @@
 #include "devices.hpp"
 
 #include <array>
+#include <atomic>
+#include <memory>
+#include <optional>
 #include <stdexcept>
 
 using test::expect_refused;
@@ -94,6 +97,32 @@ TEST_P(errors, the_last_handle_of_a_queue_reports_what_nobody_asked_for) {
         own.wait();
     }
     EXPECT_EQ(*seen.messages, words{"left over"});
+}
+
+// Who waits for the last command may unload the code of the handler.
+TEST_P(errors, a_handler_goes_before_the_last_command_counts_as_complete) {
+    for (const bool on_host : {true, false}) {
+        for (int i = 0; i < 500 && !HasFailure(); ++i) {
+            auto state = std::make_shared<int>();
+            const std::weak_ptr<int> alive = state;
+            std::optional<sycl::queue> owner(std::in_place, GetParam(),
+                                             [state](const sycl::exception_list&) {});
+            state.reset();
+            std::atomic<bool> opened = false;
+            sycl::event last = test::in_host_task(*owner, [&] { opened.wait(false); });
+            if (!on_host) {
+                last = owner->submit([&](sycl::handler& handler) {
+                    handler.depends_on(last);
+                    handler.single_task([] {});
+                });
+            }
+            owner.reset();
+            opened = true;
+            opened.notify_all();
+            last.wait();
+            EXPECT_TRUE(alive.expired()) << "round " << i << (on_host ? ", host task" : ", kernel");
+        }
+    }
 }
 
 TEST_P(errors, a_throwing_command_group_submits_nothing_and_two_actions_are_refused) {
