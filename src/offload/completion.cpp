@@ -83,7 +83,9 @@ cl_int status_of(cl_event event, cl_int told) {
 
 bool complete_by_callback(const sycl::event& last, void* interop) {
     const cl_event native = qtx_tb_omp_get_native(last);
-    clRetainEvent(native);
+    if (clRetainEvent(native) != CL_SUCCESS && native != nullptr) {
+        return false; // the callback would release what is not its own
+    }
     if (clSetEventCallback(native, CL_COMPLETE, &qtx_tb_omp_cl_callback_completed, interop) == CL_SUCCESS) {
         return true;
     }

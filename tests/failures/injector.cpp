@@ -61,6 +61,8 @@ struct {
     std::atomic<bool> reached = false;
     const char** failed = nullptr;
     std::mutex lock;
+    std::vector<std::pair<cl_event, cl_int>>
+        failed_events; ///< with the status that their commands count as ended with
 } state;
 
 std::atomic<long> objects_of_drivers = 0;
@@ -123,7 +125,16 @@ injection::injection(const fault& what, const char*& failed) {
 
 injection::~injection() {
     state.armed = false;
-    const std::lock_guard guard(state.lock);
+    static const auto release = next<decltype(&clReleaseEvent)>("clReleaseEvent");
+    const foreign_scope undisturbed;
+    decltype(state.failed_events) old;
+    {
+        const std::lock_guard guard(state.lock);
+        old.swap(state.failed_events);
+    }
+    for (const auto& each : old) {
+        release(each.first);
+    }
 }
 
 int injection::calls() const {
@@ -244,26 +255,80 @@ void note(const char* name, const std::tuple<Arguments...>& arguments) {
     }
 }
 
-/// Enqueues a command behind a user event that fails, so that the driver ends it with a failure.
-template <typename Result, typename... Arguments>
-Result enqueue_failing(Result (*real)(Arguments...),
-                       std::tuple<std::type_identity_t<Arguments>...> arguments) {
-    static const auto create = next<decltype(&clCreateUserEvent)>("clCreateUserEvent");
-    static const auto end = next<decltype(&clSetUserEventStatus)>("clSetUserEventStatus");
-    static const auto release = next<decltype(&clReleaseEvent)>("clReleaseEvent");
+// Commands of OpenCL that fail. Debian's driver does not survive one that really does, so that the command is left out and
+// its event counts as failed for whoever asks. So are commands that wait for such an event.
+
+/// The status with which the command of an event counts as ended; CL_COMPLETE for all others.
+cl_int counted_status(cl_event event) {
+    const std::lock_guard guard(state.lock);
+    const auto found = std::find_if(state.failed_events.begin(), state.failed_events.end(),
+                                    [=](const auto& each) { return each.first == event; });
+    return found == state.failed_events.end() ? CL_COMPLETE : found->second;
+}
+
+/// Until the end of the injection, which keeps the event's address from being used again.
+void count_as_failed(cl_event event, cl_int status) {
+    static const auto retain = next<decltype(&clRetainEvent)>("clRetainEvent");
+    const foreign_scope undisturbed;
+    retain(event);
+    const std::lock_guard guard(state.lock);
+    state.failed_events.emplace_back(event, status);
+}
+
+/// Why a command must not run; CL_COMPLETE if it may.
+cl_int failure_of_command(const char* name, cl_uint n_waits, const cl_event* waits) {
+    for (cl_uint i = 0; i < n_waits; ++i) {
+        if (counted_status(waits[i]) != CL_COMPLETE) {
+            return CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
+        }
+    }
+    return fails(call_family::execution, name) ? CL_OUT_OF_RESOURCES : CL_COMPLETE;
+}
+
+template <typename... Arguments>
+cl_int enqueue(const char* name, cl_int (*real)(Arguments...),
+               const std::tuple<std::type_identity_t<Arguments>...>& arguments) {
+    static const auto mark = next<decltype(&clEnqueueMarkerWithWaitList)>("clEnqueueMarkerWithWaitList");
     constexpr std::size_t n = sizeof...(Arguments);
-    cl_context context = nullptr;
-    clGetCommandQueueInfo(std::get<0>(arguments), CL_QUEUE_CONTEXT, sizeof context, &context, nullptr);
-    const cl_event cause = create(context, nullptr);
-    auto& n_waits = std::get<n - 3>(arguments);
-    auto& waits = std::get<n - 2>(arguments);
-    std::vector<cl_event> all(waits, waits + n_waits);
-    all.push_back(cause);
-    waits = all.data();
-    ++n_waits;
-    const Result result = std::apply(real, arguments);
-    end(cause, CL_OUT_OF_RESOURCES);
-    release(cause);
+    const auto n_waits = std::get<n - 3>(arguments);
+    const auto* const waits = std::get<n - 2>(arguments);
+    auto* const event = std::get<n - 1>(arguments);
+    const cl_int failure = event == nullptr ? CL_COMPLETE : failure_of_command(name, n_waits, waits);
+    const foreign_scope undisturbed;
+    if (failure == CL_COMPLETE) {
+        return std::apply(real, arguments);
+    }
+    const cl_int result = mark(std::get<0>(arguments), n_waits, waits, event);
+    if (result == CL_SUCCESS) {
+        count_as_failed(*event, failure);
+    }
+    return result;
+}
+
+/// The driver tells the end of an event only if it is a success.
+cl_int relay(const char*, decltype(&clSetUserEventStatus) real,
+             const std::tuple<cl_event, cl_int>& arguments) {
+    const auto [event, status] = arguments;
+    const bool counts = status < 0 && state.armed;
+    if (counts) {
+        count_as_failed(event, status);
+    }
+    const foreign_scope undisturbed;
+    return real(event, counts ? CL_COMPLETE : status);
+}
+
+cl_int relay(const char* name, decltype(&clGetEventInfo) real,
+             const std::tuple<cl_event, cl_event_info, std::size_t, void*, std::size_t*>& arguments) {
+    if (fails(call_family::driver, name)) {
+        return CL_OUT_OF_RESOURCES;
+    }
+    const auto [event, what, bytes, value, needed] = arguments;
+    const foreign_scope undisturbed;
+    const cl_int result = real(event, what, bytes, value, needed);
+    if (result == CL_SUCCESS && what == CL_EVENT_COMMAND_EXECUTION_STATUS && value != nullptr) {
+        auto& status = *static_cast<cl_int*>(value);
+        status = status == CL_COMPLETE ? counted_status(event) : status;
+    }
     return result;
 }
 
@@ -286,13 +351,11 @@ Result relay(const char* name, Result (*real)(Arguments...),
         }
         const Result result = [&] {
             if constexpr (gives_event<Arguments...>) {
-                if (fails(call_family::execution, name)) {
-                    const foreign_scope undisturbed;
-                    return enqueue_failing(real, arguments);
-                }
+                return enqueue(name, real, arguments);
+            } else {
+                const foreign_scope undisturbed(begins(name, "cl") || is_foreign);
+                return std::apply(real, arguments);
             }
-            const foreign_scope undisturbed(begins(name, "cl") || is_foreign);
-            return std::apply(real, arguments);
         }();
         if (succeeded(result)) {
             note(name, arguments);
@@ -321,8 +384,9 @@ void CL_CALLBACK call_back(cl_event event, cl_int status, void* user) {
     const auto* const record = static_cast<callback_record*>(user);
     const callback_record what = *record;
     std::free(user);
+    const cl_int counted = status == CL_COMPLETE ? counted_status(event) : status;
     const foreign_scope ours(false);
-    what.callback(event, what.fails ? CL_OUT_OF_RESOURCES : status, what.user);
+    what.callback(event, what.fails ? CL_OUT_OF_RESOURCES : counted, what.user);
 }
 
 cl_int relay(const char* name, decltype(&clSetEventCallback) real,
