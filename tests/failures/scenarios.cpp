@@ -94,6 +94,7 @@ public:
         require(bs_device_add(basalt_platform(), &desc, &device_));
         require(bs_context_create(basalt_platform(), 1, &device_, &context_));
     }
+    ~driver_use() override { bs_context_destroy(context_); }
 
     void prepare() override {
         value_ = 0;

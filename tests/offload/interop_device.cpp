@@ -38,7 +38,11 @@ public:
     explicit basalt_device(const sycl::device& device)
         : device_(device), native_(sycl::get_native<soft_gpu>(device)) {
         require(bs_context_create(basalt_platform(), 1, &native_, &context_));
-        require(bs_command_queue_create(context_, native_, 1, &queue_));
+        if (const auto result = bs_command_queue_create(context_, native_, 1, &queue_);
+            result != BS_SUCCESS) {
+            bs_context_destroy(context_);
+            require(result);
+        }
         runtime = OMPTARGET_FR_BASALT;
         work_group_limit = limit_of(device);
         name = "basalt";
