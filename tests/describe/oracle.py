@@ -8,6 +8,7 @@ import csv
 import functools
 import math
 import struct
+from collections import Counter
 from fractions import Fraction
 
 ROUNDING = {"double": 2.0**-53, "float": 2.0**-24}
@@ -36,13 +37,15 @@ def read_columns(path):
 def power_sums(values, weights, about):
     """Sums of w (x - about)^k and of w |x - about|^k, k from 0 to 4, as fractions.
 
-    The work is done on integers: stored numbers are multiples of a power of two.
+    The work is done on integers: stored numbers are multiples of a power of two. Columns repeat their values, so each
+    different pair is worked out once.
     """
-    unit = max(Fraction(v).denominator for v in [*values, about])
-    weight_unit = max(Fraction(w).denominator for w in weights)
+    pairs = Counter(zip(values, weights))
+    unit = max(Fraction(v).denominator for v in [about, *(value for value, _ in pairs)])
+    weight_unit = max(Fraction(weight).denominator for _, weight in pairs)
     sums, absolute = [0] * 5, [0] * 5
-    for value, weight in zip(values, weights):
-        term = int(Fraction(weight) * weight_unit)
+    for (value, weight), times in pairs.items():
+        term = int(Fraction(weight) * weight_unit) * times
         step = int(Fraction(value) * unit) - int(Fraction(about) * unit)
         for k in range(5):
             sums[k] += term
@@ -76,7 +79,7 @@ class Column:
     def _add_moments(self, values, weights, given_mean):
         self.raw, self.raw_size = power_sums(values, weights, 0.0)
         self.total = self.raw[0]
-        self.total_of_squares = sum(Fraction(w) ** 2 for w in weights)
+        self.total_of_squares = sum(times * Fraction(w) ** 2 for w, times in Counter(weights).items())
         self._raw_estimates()
         self._central_estimates(values, weights, given_mean)
 
