@@ -118,6 +118,25 @@ TEST(failed_submission, leaves_the_order_of_a_buffer) {
     });
 }
 
+// The movement between the devices waits for the writer when its reader has been refused and the buffer has gone. The
+// address sanitizer sees it if the buffer's memory has gone as well.
+TEST(failed_submission, leaves_a_movement_its_buffer) {
+    const sycl::device device = gpu_with_limit(4), source = gpu_with_limit(2);
+    sycl::queue queue(sycl::context(device), device, ignore);
+    sycl::queue writing(sycl::context(source), source, ignore);
+    with_each_allocation_failing([&](auto failing) {
+        held hold(source);
+        {
+            sycl::buffer<int, 1> buffer{sycl::range<1>(3)};
+            submit_writer(writing, buffer, false, [](int, int i) { return i; });
+            failing([&] { submit_writer(queue, buffer, true, [](int old, int) { return old + 1; }); });
+        }
+        hold.release();
+        writing.wait();
+        queue.wait();
+    });
+}
+
 TEST(failed_submission, leaves_the_order_of_a_queue) {
     const sycl::device device = gpu_with_limit(4);
     sycl::queue queue(device, ignore, sycl::property_list{sycl::property::queue::in_order()});
