@@ -1,36 +1,44 @@
 /**
  * \file basic_kernels.hpp
- * \brief Kernels of all estimates that are made of sums.
+ * \brief Kernels of the estimates that are made of sums. Their members are their arguments.
  *
- * Members are the kernel's arguments. Every kernel walks the unmasked dimensions; the first of them also
- * carries the sums of the weights. The last kernel of a plan hands the totals of each dimension to the
- * functor, which all work-items evaluate on the same values.
+ * Every kernel loops over the dimensions that the mask lets through. Each pass leaves the totals of its groups; the
+ * pass of one group, a single step or the last step, hands the totals of each dimension to the functor.
  */
 #pragma once
 
-#include "dataset_helper.hpp"
-#include "dimension_walk.hpp"
+#include "dataset_view.hpp"
 #include "group_tile.hpp"
-#include "select.hpp"
-#include "storage.hpp"
-#include "sum_tmp_helper.hpp"
+#include "sum_totals.hpp"
 
 #include <sycl/sycl.hpp>
 
+#include <concepts>
 #include <cstddef>
+#include <type_traits>
 
 namespace aurelo::qtx::stats::detail::gpu {
 
 template <typename Functor>
 using functor_tmp = sum_tmp_helper<typename Functor::element_type, Functor::usm, Functor::user_mean>;
 
-/** \brief What the first kernel of a plan sums at once. */
+/**
+ * \brief What finishes an estimate of sums: `functor(tmp, d)` turns the totals of dimension d into results and stores
+ * them. All work-items of the last group call it, with the same totals, and store the same values.
+ *
+ * Members: `element_type`, the type of data, totals and results; `usm`, whether data and outputs are pointers;
+ * `user_mean`, whether totals are about a caller's mean; `orders`, a fixed_orders, or chosen_orders with a
+ * `required_orders()`; `estimate`, the name that errors use. A functor of buffers has `set_requirements(handler)`.
+ */
 template <typename Functor>
-inline constexpr std::size_t
-    bytes_of_totals = n_totals_at_once<typename Functor::orders, Functor::user_mean> *
-                      sizeof(typename Functor::element_type);
+concept totals_functor = std::is_arithmetic_v<typename Functor::element_type> &&
+    requires(const Functor& functor, const functor_tmp<Functor>& tmp, unsigned long d) {
+    { Functor::estimate } -> std::convertible_to<const char*>;
+    { orders_of(functor) } -> std::same_as<order_flags>;
+    { functor(tmp, d) } -> std::same_as<void>;
+};
 
-/** \brief Brings the tile of dimension \p d into local memory; surplus lanes get 0. */
+/** \brief Brings the tile of dimension \p d to local memory; surplus elements become 0. Collective. */
 template <bool row_layout, typename Helper, typename T>
 void fetch_tile(const Helper& helper, const sycl::local_accessor<T, 1>& local, const sycl::nd_item<1>& item,
                 const group_tile& tile, std::size_t d) {
@@ -38,25 +46,29 @@ void fetch_tile(const Helper& helper, const sycl::local_accessor<T, 1>& local, c
         copy_tile(item, local, 0, helper.observations,
                   element_index<layout::by_dimension>(helper, d, tile.begin), tile);
     } else {
-        local[item.get_local_id(0)] =
-            select(tile.surplus(item), T(0), helper.element(d, tile.begin + tile.lane(item)));
+        const T x = helper.element(d, tile.element());
+        local[item.get_local_id(0)] = tile.surplus ? T(0) : x;
     }
     sycl::group_barrier(item.get_group(), sycl::memory_scope::work_group);
 }
 
-/** \brief Finishes dimension \p d, whose totals work-item 0 has just stored, and which it stores, too. */
+/** \brief Hands dimension \p d, whose totals one work-item has just stored, to the functor. Collective. */
 template <typename Functor>
 void finish(const Functor& functor, const functor_tmp<Functor>& tmp, const sycl::nd_item<1>& item,
             std::size_t d) {
     sycl::group_barrier(item.get_group(), sycl::memory_scope::device);
-    functor(tmp, d, item.get_local_id(0) == 0);
+    functor(tmp, d);
+}
+
+template <typename T>
+T* local_pointer(const sycl::local_accessor<T, 1>& local) {
+    return local.template get_multi_ptr<sycl::access::decorated::no>().get();
 }
 
 /** \brief One group, one work-item per observation: the whole estimate. */
 template <typename Functor, bool row_layout, bool index_64>
 struct basic_kernel_single_step {
     using element_type = typename Functor::element_type;
-    static constexpr std::size_t group_value_bytes = bytes_of_totals<Functor>;
 
     functor_helper<Functor, row_layout, index_64> helper;
     sycl::local_accessor<element_type, 1> local;
@@ -66,13 +78,16 @@ struct basic_kernel_single_step {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, 1, 0, local_size);
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const auto [d, first, exists] = walk.next();
+        const element_type weight = helper.get_weight(tile.element());
+        bool first = true;
+        for (std::size_t d = 0; d < helper.n_dims; ++d) {
+            if (!helper.computes(d)) {
+                continue;
+            }
             fetch_tile<row_layout>(helper, local, item, tile, d);
-            tmp.template calculate<typename Functor::orders>(local_pointer(local), d, item,
-                                                             helper.get_weight(tile.lane(item)), 0, first);
+            tmp.template calculate<typename Functor::orders>(local_pointer(local), d, item, weight, 0, first);
             finish(functor, tmp, item, d);
+            first = false;
         }
     }
 };
@@ -81,7 +96,6 @@ struct basic_kernel_single_step {
 template <typename Functor, bool row_layout, bool index_64>
 struct basic_kernel_first_step {
     using element_type = typename Functor::element_type;
-    static constexpr std::size_t group_value_bytes = bytes_of_totals<Functor>;
 
     functor_helper<Functor, row_layout, index_64> helper;
     sycl::local_accessor<element_type, 1> local;
@@ -92,28 +106,27 @@ struct basic_kernel_first_step {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, n_groups, tail, local_size);
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const auto [d, first, exists] = walk.next();
+        const element_type valid_weight = helper.get_weight(tile.element());
+        const element_type weight = tile.surplus ? element_type(0) : valid_weight;
+        bool first = true;
+        for (std::size_t d = 0; d < helper.n_dims; ++d) {
+            if (!helper.computes(d)) {
+                continue;
+            }
             fetch_tile<row_layout>(helper, local, item, tile, d);
-            const element_type weight = helper.get_weight(tile.begin + tile.lane(item));
-            tmp.template calculate<typename Functor::orders>(
-                local_pointer(local), d, item, select(tile.surplus(item), element_type(0), weight), tail,
-                first);
+            tmp.template calculate<typename Functor::orders>(local_pointer(local), d, item, weight, tail,
+                                                             first);
+            first = false;
         }
     }
 };
-
-/** \brief A later pass, over the totals of the one before. */
-template <typename Functor, bool row_layout, bool is_last, bool index_64>
-struct basic_kernel_next_step;
 
 /**
- * \brief The last pass. One group may work in place: a row is loaded before its total is stored over its
- * front.
+ * \brief A later pass, over the totals of the one before. The last pass, of one group, works in place: it loads a row
+ * before it stores the row's total. An intermediate pass has a target of its own, since other groups still read.
  */
-template <typename Functor, bool row_layout, bool index_64>
-struct basic_kernel_next_step<Functor, row_layout, true, index_64> {
+template <typename Functor, bool row_layout, bool is_last, bool index_64>
+struct basic_kernel_next_step {
     using element_type = typename Functor::element_type;
 
     functor_helper<Functor, row_layout, index_64> helper;
@@ -121,39 +134,23 @@ struct basic_kernel_next_step<Functor, row_layout, true, index_64> {
     sycl::local_accessor<element_type, 1> local;
     std::size_t tail;
     std::size_t stride;
-    Functor functor;
+    std::conditional_t<is_last, Functor, functor_tmp<Functor>> functor_or_target;
 
     void operator()(sycl::nd_item<1> item) const {
         using orders = typename Functor::orders;
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const auto [d, first, exists] = walk.next();
+        bool first = true;
+        for (std::size_t d = 0; d < helper.n_dims; ++d) {
+            if (!helper.computes(d)) {
+                continue;
+            }
             tmp.template load<orders>(local, d, item, tail, stride, first);
-            tmp.template merge<orders>(local, d, item, first);
-            finish(functor, tmp, item, d);
-        }
-    }
-};
-
-/** \brief An intermediate pass. Its totals go to scratch of their own: other groups still read the source. */
-template <typename Functor, bool row_layout, bool index_64>
-struct basic_kernel_next_step<Functor, row_layout, false, index_64> {
-    using element_type = typename Functor::element_type;
-
-    functor_helper<Functor, row_layout, index_64> helper;
-    functor_tmp<Functor> tmp;
-    sycl::local_accessor<element_type, 1> local;
-    std::size_t tail;
-    std::size_t stride;
-    functor_tmp<Functor> target;
-
-    void operator()(sycl::nd_item<1> item) const {
-        using orders = typename Functor::orders;
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const auto [d, first, exists] = walk.next();
-            tmp.template load<orders>(local, d, item, tail, stride, first);
-            target.template merge<orders>(local, d, item, first);
+            if constexpr (is_last) {
+                tmp.template merge<orders>(local, d, item, first);
+                finish(functor_or_target, tmp, item, d);
+            } else {
+                functor_or_target.template merge<orders>(local, d, item, first);
+            }
+            first = false;
         }
     }
 };

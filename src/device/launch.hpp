@@ -1,12 +1,12 @@
 /**
  * \file launch.hpp
- * \brief What the min/max half and the basic half of the engine share on the host.
+ * \brief What launches of extrema and of sums share on the host.
  */
 #pragma once
 
 #include "launch_plan.hpp"
 
-#include <stats/layout.hpp>
+#include <stats/exception.hpp>
 
 #include <sycl/sycl.hpp>
 
@@ -18,15 +18,12 @@
 
 namespace aurelo::qtx::stats::detail::gpu {
 
-template <layout L>
-inline constexpr bool is_row_layout = L == layout::by_dimension;
-
 /**
  * \brief The plan of a dataset on the queue's device, by its work-group limit in full.
  * \throws invalid_argument, with the estimate as function word, for counts below 1, and for more than one
  * observation on a device whose work-group limit is 1, where no pass would shorten a row
  * \throws sycl::exception of `errc::nd_range` for a first pass of 2^31 work-items or more: before there is scratch, which
- * run-times are asked for earlier than for the launch
+ * runtimes are asked for earlier than for the launch
  */
 launch_plan plan_for(const sycl::queue& queue, std::int64_t n_dims, std::int64_t n_observations,
                      const char* estimate);
@@ -55,6 +52,35 @@ void require_data(sycl::handler& handler, const Helper& helper, const Functor& f
         functor.set_requirements(handler);
     }
 }
+
+/** \brief Device memory of one call, freed in order of allocation on every way out. */
+template <typename T>
+class device_scratch {
+public:
+    explicit device_scratch(const sycl::queue& queue) : queue_(queue) {}
+    device_scratch(const device_scratch&) = delete;
+    device_scratch& operator=(const device_scratch&) = delete;
+    ~device_scratch() {
+        for (T* const array : arrays_) {
+            sycl::free(array, queue_.get_context());
+        }
+    }
+
+    /** \throws device_bad_alloc, with \p estimate as function word, if \p size elements cannot be had */
+    T* allocate(std::size_t size, const char* estimate) {
+        arrays_.reserve(arrays_.size() + 1); // so that nothing is lost
+        T* const array = sycl::malloc_device<T>(size, queue_);
+        if (array == nullptr) {
+            throw device_bad_alloc("stats", estimate, queue_.get_device());
+        }
+        arrays_.push_back(array);
+        return array;
+    }
+
+private:
+    sycl::queue queue_;
+    std::vector<T*> arrays_;
+};
 
 /**
  * \brief While one lives, it collects the events of all passes that its thread submits for plans of several.

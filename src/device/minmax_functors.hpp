@@ -4,28 +4,63 @@
  */
 #pragma once
 
-#include "reductions.hpp"
 #include "storage.hpp"
 
 #include <sycl/sycl.hpp>
 
+#include <concepts>
 #include <cstddef>
+#include <limits>
+#include <type_traits>
+#include <utility>
 
 namespace aurelo::qtx::stats::detail::gpu {
+
+/** \brief Minimum. The comparison has the result on its left, so that a NaN gives the neutral value. */
+template <typename T>
+struct minimum_reduction {
+    using operation = sycl::minimum<T>;
+    static constexpr T neutral() { return std::numeric_limits<T>::max(); }
+    static constexpr T bound(T result) { return result < neutral() ? result : neutral(); }
+};
+
+/** \brief Maximum, likewise. */
+template <typename T>
+struct maximum_reduction {
+    using operation = sycl::maximum<T>;
+    static constexpr T neutral() { return std::numeric_limits<T>::lowest(); }
+    static constexpr T bound(T result) { return result > neutral() ? result : neutral(); }
+};
+
+/** \brief The reductions of a functor, in the order of its outputs. */
+template <typename... Reductions>
+struct reduction_list {
+    static constexpr std::size_t size = sizeof...(Reductions);
+};
+
+/** \brief Calls `visit(index, reduction)` for each, with the index as a type. */
+template <typename... Reductions, typename Visit>
+void for_each_reduction(reduction_list<Reductions...>, const Visit& visit) {
+    [&]<std::size_t... I>(std::index_sequence<I...>) {
+        (visit(std::integral_constant<std::size_t, I>{}, Reductions{}), ...);
+    }
+    (std::index_sequence_for<Reductions...>{});
+}
 
 template <typename T, bool is_usm>
 using minmax_output = array_of<T, is_usm, sycl::access_mode::write>;
 
-/** \brief The one output of an estimate with one reduction. */
+/** \brief Minimum of every dimension. */
 template <typename T, bool is_usm>
-struct single_output {
+struct min_func_fast {
+    using element_type = T;
+    using reductions = reduction_list<minimum_reduction<T>>;
     static constexpr bool usm = is_usm;
-
-    explicit single_output(array_argument<T, is_usm> result) : out(result) {}
+    static constexpr const char* estimate = "min";
 
     void set_requirements(sycl::handler& handler) const requires(!is_usm) { handler.require(out); }
 
-    template <std::size_t i>
+    template <std::size_t>
     const minmax_output<T, is_usm>& output() const {
         return out;
     }
@@ -33,22 +68,22 @@ struct single_output {
     minmax_output<T, is_usm> out;
 };
 
-/** \brief Minimum of every dimension. */
-template <typename T, bool is_usm>
-struct min_func_fast : single_output<T, is_usm> {
-    using element_type = T;
-    using reductions = reduction_list<minimum_reduction<T>>;
-    static constexpr const char* estimate = "min";
-    using single_output<T, is_usm>::single_output;
-};
-
 /** \brief Maximum of every dimension. */
 template <typename T, bool is_usm>
-struct max_func_fast : single_output<T, is_usm> {
+struct max_func_fast {
     using element_type = T;
     using reductions = reduction_list<maximum_reduction<T>>;
+    static constexpr bool usm = is_usm;
     static constexpr const char* estimate = "max";
-    using single_output<T, is_usm>::single_output;
+
+    void set_requirements(sycl::handler& handler) const requires(!is_usm) { handler.require(out); }
+
+    template <std::size_t>
+    const minmax_output<T, is_usm>& output() const {
+        return out;
+    }
+
+    minmax_output<T, is_usm> out;
 };
 
 /** \brief Minimum and maximum of every dimension in one pass. */
@@ -58,9 +93,6 @@ struct min_max_func_fast {
     using reductions = reduction_list<minimum_reduction<T>, maximum_reduction<T>>;
     static constexpr bool usm = is_usm;
     static constexpr const char* estimate = "min_max";
-
-    min_max_func_fast(array_argument<T, is_usm> minima, array_argument<T, is_usm> maxima)
-        : min_out(minima), max_out(maxima) {}
 
     void set_requirements(sycl::handler& handler) const requires(!is_usm) {
         handler.require(min_out);
@@ -78,6 +110,21 @@ struct min_max_func_fast {
 
     minmax_output<T, is_usm> min_out;
     minmax_output<T, is_usm> max_out;
+};
+
+/**
+ * \brief What the kernels of extrema take: one or two `reductions`, and `output<i>()`, where results of reduction i go.
+ *
+ * Members beside them: `element_type`, the type of data and results; `usm`, whether data and outputs are pointers;
+ * `estimate`, the name that errors use. A functor of buffers has `set_requirements(handler)`.
+ */
+template <typename Functor>
+concept extremum_functor = std::is_arithmetic_v<typename Functor::element_type> &&
+                           (Functor::reductions::size == 1 || Functor::reductions::size == 2) &&
+                           requires(const Functor& functor) {
+    { Functor::estimate } -> std::convertible_to<const char*>;
+    {functor.template output<0>()};
+    { Functor::usm } -> std::convertible_to<bool>;
 };
 
 } // namespace aurelo::qtx::stats::detail::gpu

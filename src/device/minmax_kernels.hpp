@@ -1,31 +1,45 @@
 /**
  * \file minmax_kernels.hpp
- * \brief Kernels of max, min and min_max.
+ * \brief Kernels of max, min and min_max. Their members are their arguments.
  *
- * Every kernel walks the unmasked dimensions and reduces one element per work-item and reduction. The three
- * differ in where the element comes from and where the group's result goes. Members are the kernel's
- * arguments. The buffer form stages contiguous elements in local memory, one array per reduction; the USM
- * form loads directly.
+ * Every kernel loops over the dimensions that the mask lets through and reduces one element per work-item and
+ * reduction. The three differ in where the element comes from and where the group's result goes. The buffer form
+ * stages contiguous elements in local memory, in one array per reduction; the USM form loads them directly.
  */
 #pragma once
 
-#include "dataset_helper.hpp"
-#include "dimension_walk.hpp"
+#include "dataset_view.hpp"
 #include "group_tile.hpp"
-#include "reductions.hpp"
-#include "select.hpp"
+#include "minmax_functors.hpp"
 #include "storage.hpp"
 
 #include <sycl/sycl.hpp>
 
 #include <cstddef>
+#include <type_traits>
 
 namespace aurelo::qtx::stats::detail::gpu {
 
-/**
- * \brief Partial results of each reduction: `n_dims` rows, packed at the distance of the groups that left
- * them.
- */
+/** \brief One value for each of one or two reductions. */
+template <typename Value, std::size_t n>
+struct per_reduction {
+    static_assert(n == 1 || n == 2);
+
+    template <std::size_t i>
+    const Value& get() const {
+        static_assert(i < n);
+        if constexpr (i == 0) {
+            return first;
+        } else {
+            return second;
+        }
+    }
+
+    Value first;
+    [[no_unique_address]] optional_member<n == 2, Value, 3> second{};
+};
+
+/** \brief Partial results of each reduction: `n_dims` rows, packed at the distance of the groups that left them. */
 template <typename Functor, sycl::access_mode mode>
 using minmax_partials =
     per_reduction<array_of<typename Functor::element_type, Functor::usm, mode>, Functor::reductions::size>;
@@ -45,10 +59,7 @@ const auto& local_of(const Kernel& kernel) {
     }
 }
 
-/**
- * \brief Copies the tile of each reduction's source into its local array; all copies are under way before the
- * first wait.
- */
+/** \brief Copies the tile of each reduction's source to its local array, all copies under way at once. Collective. */
 template <typename Functor, typename Kernel, typename Source>
 void stage_tiles(const Kernel& kernel, const sycl::nd_item<1>& item, const Source& source, std::size_t offset,
                  std::size_t count) {
@@ -66,7 +77,7 @@ template <typename Array>
 struct common_source {
     const Array& array;
 
-    template <std::size_t i>
+    template <std::size_t>
     const Array& get() const {
         return array;
     }
@@ -74,62 +85,60 @@ struct common_source {
 template <typename Array>
 common_source(const Array&) -> common_source<Array>;
 
-/** \brief Reduces \p x over the group and stores the bounded result. All work-items call it. */
+/** \brief Reduces \p x over the group; work-item 0 stores the bounded result. Collective. */
 template <typename Reduction, typename T, typename Target>
-void reduce_and_store(const sycl::nd_item<1>& item, T x, const Target& target, std::size_t position) {
+void reduce_and_store(const sycl::nd_item<1>& item, T x, const Target& target, std::size_t place) {
     const T result = sycl::reduce_over_group(item.get_group(), x, typename Reduction::operation{});
     if (item.get_local_id(0) == 0) {
-        target[position] = Reduction::bound(result);
+        target[place] = Reduction::bound(result);
     }
 }
 
-/**
- * \brief Reduces the tile's elements of dimension \p d of the observations; `target(index)` is where results
- * go.
- */
+/** \brief Reduces the tile's elements of dimension \p d. `target(index)` is where results of a reduction go. */
 template <typename Functor, bool row_layout, typename Kernel, typename Target>
 void reduce_observations(const Kernel& kernel, const sycl::nd_item<1>& item, const group_tile& tile,
-                         std::size_t d, std::size_t position, const Target& target) {
-    constexpr bool staged = !Functor::usm && row_layout;
-    if constexpr (staged) {
+                         std::size_t d, std::size_t place, const Target& target) {
+    using T = typename Functor::element_type;
+    const auto reduce = [&](auto index, auto reduction, T x) {
+        using operation = decltype(reduction);
+        // The bound drops a NaN, wherever it stands; a group operation leaves open what it gives.
+        const T bounded = operation::bound(x);
+        reduce_and_store<operation, T>(item, tile.surplus ? operation::neutral() : bounded, target(index),
+                                       place);
+    };
+    if constexpr (!Functor::usm && row_layout) {
         stage_tiles<Functor>(kernel, item, common_source{kernel.helper.observations},
                              element_index<layout::by_dimension>(kernel.helper, d, tile.begin), tile.n_valid);
+        for_each_reduction(typename Functor::reductions{}, [&](auto index, auto reduction) {
+            reduce(index, reduction, local_of<index()>(kernel)[tile.lane]);
+        });
+    } else {
+        const T x = kernel.helper.element(d, tile.element());
+        for_each_reduction(typename Functor::reductions{},
+                           [&](auto index, auto reduction) { reduce(index, reduction, x); });
     }
-    for_each_reduction(typename Functor::reductions{}, [&](auto index, auto reduction) {
-        using reduction_type = decltype(reduction);
-        using T = typename Functor::element_type;
-        T x;
-        if constexpr (staged) {
-            x = local_of<index()>(kernel)[tile.lane(item)];
-        } else {
-            x = kernel.helper.element(d, tile.begin + tile.lane(item));
-        }
-        // The bound passes over a NaN, wherever it stands; the group operation alone would leave that open.
-        const T bounded = reduction_type::bound(x);
-        reduce_and_store<reduction_type, T>(
-            item, select(tile.surplus(item), reduction_type::neutral(), bounded), target(index), position);
-    });
 }
 
 /** \brief Reduces the tile's partial results of dimension \p d. */
 template <typename Functor, typename Kernel, typename Target>
 void reduce_partials(const Kernel& kernel, const sycl::nd_item<1>& item, const group_tile& tile,
-                     std::size_t d, std::size_t position, const Target& target) {
-    const std::size_t row = d * kernel.stride + tile.begin;
+                     std::size_t d, std::size_t place, const Target& target) {
+    using T = typename Functor::element_type;
+    const std::size_t row = d * kernel.stride;
     if constexpr (!Functor::usm) {
-        stage_tiles<Functor>(kernel, item, kernel.partials, row, tile.n_valid);
+        stage_tiles<Functor>(kernel, item, kernel.partials, row + tile.begin, tile.n_valid);
     }
-    for_each_reduction(typename Functor::reductions{}, [&](auto index, auto reduction) {
-        using reduction_type = decltype(reduction);
-        using T = typename Functor::element_type;
-        T x;
+    const auto partial = [&](auto index) -> T {
         if constexpr (Functor::usm) {
-            x = kernel.partials.template get<index()>()[row + tile.lane(item)];
+            return kernel.partials.template get<index()>()[row + tile.element()];
         } else {
-            x = local_of<index()>(kernel)[tile.lane(item)];
+            return local_of<index()>(kernel)[tile.lane];
         }
-        reduce_and_store<reduction_type, T>(item, select(tile.surplus(item), reduction_type::neutral(), x),
-                                            target(index), position);
+    };
+    for_each_reduction(typename Functor::reductions{}, [&](auto index, auto reduction) {
+        using operation = decltype(reduction);
+        const T x = partial(index);
+        reduce_and_store<operation, T>(item, tile.surplus ? operation::neutral() : x, target(index), place);
     });
 }
 
@@ -146,13 +155,13 @@ struct minmax_kernel_single_step {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, 1, 0, item.get_local_range(0));
-        const auto target_of = [this](auto index) -> const auto& {
+        const auto target = [this](auto index) -> const auto& {
             return functor.template output<index()>();
         };
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const std::size_t d = walk.next().dimension;
-            reduce_observations<Functor, row_layout>(*this, item, tile, d, d, target_of);
+        for (std::size_t d = 0; d < helper.n_dims; ++d) {
+            if (helper.computes(d)) {
+                reduce_observations<Functor, row_layout>(*this, item, tile, d, d, target);
+            }
         }
     }
 };
@@ -172,25 +181,24 @@ struct minmax_kernel_first_step {
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, n_groups, tail, local_size);
-        const auto target_of = [this](auto index) -> const auto& {
+        const auto target = [this](auto index) -> const auto& {
             return partials.template get<index()>();
         };
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const std::size_t d = walk.next().dimension;
-            reduce_observations<Functor, row_layout>(*this, item, tile, d, d * n_groups + item.get_group(0),
-                                                     target_of);
+        for (std::size_t d = 0; d < helper.n_dims; ++d) {
+            if (helper.computes(d)) {
+                reduce_observations<Functor, row_layout>(*this, item, tile, d,
+                                                         d * n_groups + item.get_group(0), target);
+            }
         }
     }
 };
 
-/** \brief A later pass, over the partial results of the one before. */
+/**
+ * \brief A later pass, over the partial results of the one before. The last pass, of one group, stores the results. An
+ * intermediate pass has a target of its own, since other groups still read.
+ */
 template <typename Functor, bool row_layout, bool is_last, bool index_64>
-struct minmax_kernel_next_step;
-
-/** \brief The last pass: one group that stores the results. */
-template <typename Functor, bool row_layout, bool index_64>
-struct minmax_kernel_next_step<Functor, row_layout, true, index_64> {
+struct minmax_kernel_next_step {
     using element_type = typename Functor::element_type;
 
     functor_helper<Functor, row_layout, index_64> helper;
@@ -199,47 +207,25 @@ struct minmax_kernel_next_step<Functor, row_layout, true, index_64> {
     std::size_t local_size;
     std::size_t stride;
     minmax_partials<Functor, sycl::access_mode::read_write> partials;
-    Functor functor;
+    std::conditional_t<is_last, Functor, minmax_partials<Functor, sycl::access_mode::write>>
+        functor_or_target;
     [[no_unique_address]] minmax_local<Functor, 0> local;
     [[no_unique_address]] minmax_local<Functor, 1> second_local;
 
     void operator()(sycl::nd_item<1> item) const {
         const group_tile tile(item, n_groups, tail, local_size);
-        const auto target_of = [this](auto index) -> const auto& {
-            return functor.template output<index()>();
+        const auto target = [this](auto index) -> const auto& {
+            if constexpr (is_last) {
+                return functor_or_target.template output<index()>();
+            } else {
+                return functor_or_target.template get<index()>();
+            }
         };
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const std::size_t d = walk.next().dimension;
-            reduce_partials<Functor>(*this, item, tile, d, d, target_of);
-        }
-    }
-};
-
-/** \brief An intermediate pass. Its results go to arrays of their own: other groups still read the source. */
-template <typename Functor, bool row_layout, bool index_64>
-struct minmax_kernel_next_step<Functor, row_layout, false, index_64> {
-    using element_type = typename Functor::element_type;
-
-    functor_helper<Functor, row_layout, index_64> helper;
-    std::size_t n_groups;
-    std::size_t tail;
-    std::size_t local_size;
-    std::size_t stride;
-    minmax_partials<Functor, sycl::access_mode::read_write> partials;
-    minmax_partials<Functor, sycl::access_mode::write> target;
-    [[no_unique_address]] minmax_local<Functor, 0> local;
-    [[no_unique_address]] minmax_local<Functor, 1> second_local;
-
-    void operator()(sycl::nd_item<1> item) const {
-        const group_tile tile(item, n_groups, tail, local_size);
-        const auto target_of = [this](auto index) -> const auto& {
-            return target.template get<index()>();
-        };
-        dimension_walk walk(helper, item);
-        while (walk.goes_on()) {
-            const std::size_t d = walk.next().dimension;
-            reduce_partials<Functor>(*this, item, tile, d, d * n_groups + item.get_group(0), target_of);
+        for (std::size_t d = 0; d < helper.n_dims; ++d) {
+            if (helper.computes(d)) {
+                reduce_partials<Functor>(*this, item, tile, d, is_last ? d : d * n_groups + item.get_group(0),
+                                         target);
+            }
         }
     }
 };

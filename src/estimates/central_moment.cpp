@@ -40,8 +40,8 @@ sycl::event central_moment(sycl::queue& queue, const dataset<L, T*>& data, T* ce
                                                  dependencies);
     }
     if constexpr (M == method::fast) {
-        const detail::gpu::central_moment_func_fast<T, true> functor(central_moment_2, central_moment_3,
-                                                                     central_moment_4);
+        const auto functor = detail::gpu::make_central<detail::gpu::central_moment_func_fast<T, true>>(
+            central_moment_2, central_moment_3, central_moment_4);
         return detail::gpu::submit_basic_usm(queue, data, functor, dependencies);
     } else {
         detail::refuse_method("central_moment");
@@ -76,8 +76,8 @@ sycl::event central_moment(sycl::queue& queue, T* mean, const dataset<L, T*>& da
         return detail::cpu::central_moment_about(queue, data, mean, central_moment_2, central_moment_3,
                                                  central_moment_4, detail::method_user_mean, dependencies);
     }
-    const detail::gpu::central_moment_func_user_mean<T, true> functor(central_moment_2, central_moment_3,
-                                                                      central_moment_4);
+    const auto functor = detail::gpu::make_central<detail::gpu::central_moment_func_user_mean<T, true>>(
+        central_moment_2, central_moment_3, central_moment_4);
     return detail::gpu::submit_basic_usm(queue, data, functor, dependencies, mean);
 }
 

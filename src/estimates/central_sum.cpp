@@ -44,8 +44,8 @@ sycl::event central_sum(sycl::queue& queue, const dataset<L, T*>& data, T* centr
         }
     }
     if constexpr (M == method::fast) {
-        const detail::gpu::central_sum_func_fast<T, true> functor(central_sum_2, central_sum_3,
-                                                                  central_sum_4);
+        const auto functor = detail::gpu::make_central<detail::gpu::central_sum_func_fast<T, true>>(
+            central_sum_2, central_sum_3, central_sum_4);
         return detail::gpu::submit_basic_usm(queue, data, functor, dependencies);
     } else {
         detail::refuse_method("central_sum");
@@ -76,8 +76,8 @@ sycl::event central_sum(sycl::queue& queue, T* mean, const dataset<L, T*>& data,
         return detail::cpu::central_sum_user_mean(queue, data, mean, central_sum_2, central_sum_3,
                                                   central_sum_4, dependencies);
     }
-    const detail::gpu::central_sum_func_user_mean<T, true> functor(central_sum_2, central_sum_3,
-                                                                   central_sum_4);
+    const auto functor = detail::gpu::make_central<detail::gpu::central_sum_func_user_mean<T, true>>(
+        central_sum_2, central_sum_3, central_sum_4);
     return detail::gpu::submit_basic_usm(queue, data, functor, dependencies, mean);
 }
 

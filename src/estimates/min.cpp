@@ -1,6 +1,6 @@
 #include "frame.hpp"
 
-#include "device/minmax_submit.hpp"
+#include "device/minmax_launch.hpp"
 #include "host/drivers.hpp"
 
 #include <stats/min.hpp>

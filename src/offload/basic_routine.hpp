@@ -6,7 +6,7 @@
 
 #include "routine.hpp"
 
-#include "device/basic_submit.hpp"
+#include "device/basic_launch.hpp"
 
 namespace aurelo::qtx::stats::detail::openmp {
 

@@ -4,12 +4,6 @@
 
 namespace aurelo::qtx::stats::detail {
 
-namespace gpu {
-QTX_OFFLOAD(submit_basic_usm, ex::central_sum_func_fast, true)
-QTX_OFFLOAD(submit_basic_usm, ex::central_sum_func_fast, false)
-QTX_OFFLOAD_USER_MEAN(submit_basic_usm, central_sum_func_user_mean, false)
-} // namespace gpu
-
 namespace openmp {
 
 namespace {
@@ -26,9 +20,10 @@ outcome openmp_central_sum(sycl::queue& queue, T* mean, T* raw2, T* raw3, T* raw
                            estimate_mask estimates) {
     const int status = status_of_central(method, estimates, orders, mean, {raw2, raw3, raw4},
                                          {central_sum2, central_sum3, central_sum4});
-    const gpu::ex::central_sum_func_fast<T, true> expanded(mean, raw2, raw3, raw4, central_sum2, central_sum3,
-                                                           central_sum4);
-    const gpu::central_sum_func_user_mean<T, true> about_mean(central_sum2, central_sum3, central_sum4);
+    const auto expanded = gpu::ex::make_extended_central<gpu::ex::central_sum_func_fast<T, true>>(
+        mean, raw2, raw3, raw4, central_sum2, central_sum3, central_sum4);
+    const auto about_mean =
+        gpu::make_central<gpu::central_sum_func_user_mean<T, true>>(central_sum2, central_sum3, central_sum4);
     return run_by_method<ilp64>(status, queue, data, method, expanded, about_mean, mean);
 }
 

@@ -1,12 +1,8 @@
 #include "routine.hpp"
 
-#include "device/minmax_submit.hpp"
+#include "device/minmax_launch.hpp"
 
 namespace aurelo::qtx::stats::detail {
-
-namespace gpu {
-QTX_OFFLOAD(submit_minmax_usm, max_func_fast, false)
-} // namespace gpu
 
 namespace openmp {
 

@@ -1,13 +1,9 @@
 #include "routine.hpp"
 
-#include "device/basic_submit.hpp"
+#include "device/basic_launch.hpp"
 #include "device/estimates/raw_funcs.hpp"
 
 namespace aurelo::qtx::stats::detail {
-
-namespace gpu {
-QTX_OFFLOAD(submit_basic_usm, raw_moment_func_fast, false)
-} // namespace gpu
 
 namespace openmp {
 
@@ -25,7 +21,7 @@ outcome openmp_raw_moment(sycl::queue& queue, T* mean, T* raw2, T* raw3, T* raw4
                           method_code<ilp64> method, estimate_mask estimates) {
     const int status = status_of_raw(method, estimates, orders, {mean, raw2, raw3, raw4});
     return unless_refused(status, [&] {
-        const gpu::raw_moment_func_fast<T, true> functor(mean, raw2, raw3, raw4);
+        const auto functor = gpu::make_raw<gpu::raw_moment_func_fast<T, true>>(mean, raw2, raw3, raw4);
         return gpu::submit_basic_usm<ilp64>(queue, data, functor, {});
     });
 }

@@ -1,13 +1,9 @@
 #include "routine.hpp"
 
-#include "device/basic_submit.hpp"
+#include "device/basic_launch.hpp"
 #include "device/estimates/raw_funcs.hpp"
 
 namespace aurelo::qtx::stats::detail {
-
-namespace gpu {
-QTX_OFFLOAD(submit_basic_usm, raw_sum_func_fast, false)
-} // namespace gpu
 
 namespace openmp {
 
@@ -25,7 +21,8 @@ outcome openmp_raw_sum(sycl::queue& queue, T* sum, T* raw_sum2, T* raw_sum3, T* 
                        method_code<ilp64> method, estimate_mask estimates) {
     const int status = status_of_raw(method, estimates, orders, {sum, raw_sum2, raw_sum3, raw_sum4});
     return unless_refused(status, [&] {
-        const gpu::raw_sum_func_fast<T, true> functor(sum, raw_sum2, raw_sum3, raw_sum4);
+        const auto functor =
+            gpu::make_raw<gpu::raw_sum_func_fast<T, true>>(sum, raw_sum2, raw_sum3, raw_sum4);
         return gpu::submit_basic_usm<ilp64>(queue, data, functor, {});
     });
 }

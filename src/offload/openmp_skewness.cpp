@@ -4,12 +4,6 @@
 
 namespace aurelo::qtx::stats::detail {
 
-namespace gpu {
-QTX_OFFLOAD(submit_basic_usm, ex::skewness_func_fast, true)
-QTX_OFFLOAD(submit_basic_usm, ex::skewness_func_fast, false)
-QTX_OFFLOAD_USER_MEAN(submit_basic_usm, skewness_func_user_mean, false)
-} // namespace gpu
-
 namespace openmp {
 
 template <bool ilp64, typename T, layout L>
@@ -17,7 +11,7 @@ outcome openmp_skewness(sycl::queue& queue, T* mean, T* raw2, T* raw3, T* skewne
                         method_code<ilp64> method, estimate_mask) {
     const int status = status_of_shape(method, mean, {raw2, raw3}, skewness, TSB_SS_NO_SKEWNESS);
     const gpu::ex::skewness_func_fast<T, true> expanded{{}, mean, raw2, raw3, skewness};
-    const gpu::skewness_func_user_mean<T, true> about_mean(skewness);
+    const gpu::skewness_func_user_mean<T, true> about_mean{skewness};
     return run_by_method<ilp64>(status, queue, data, method, expanded, about_mean, mean);
 }
 

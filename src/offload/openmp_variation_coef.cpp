@@ -4,12 +4,6 @@
 
 namespace aurelo::qtx::stats::detail {
 
-namespace gpu {
-QTX_OFFLOAD(submit_basic_usm, ex::variation_func_fast, true)
-QTX_OFFLOAD(submit_basic_usm, ex::variation_func_fast, false)
-QTX_OFFLOAD_USER_MEAN(submit_basic_usm, variation_func_user_mean, false)
-} // namespace gpu
-
 namespace openmp {
 
 template <bool ilp64, typename T, layout L>
@@ -17,7 +11,7 @@ outcome openmp_variation(sycl::queue& queue, T* mean, T* raw2, T* variation, dat
                          method_code<ilp64> method, estimate_mask) {
     const int status = status_of_shape(method, mean, {raw2}, variation, TSB_SS_NO_VARIATION);
     const gpu::ex::variation_func_fast<T, true> expanded{mean, raw2, variation};
-    const gpu::variation_func_user_mean<T, true> about_mean(variation);
+    const gpu::variation_func_user_mean<T, true> about_mean{variation};
     return run_by_method<ilp64>(status, queue, data, method, expanded, about_mean, mean);
 }
 

@@ -7,10 +7,6 @@
 #include "openmp_routines.hpp"
 #include "statuses.hpp"
 
-// Launch routines that offloaded tasks alone use are compiled with the kernels, once for both.
-#define QTX_OFFLOAD_TEMPLATE extern template
-#include "kernels/instantiate.hpp"
-
 namespace aurelo::qtx::stats::detail::openmp {
 
 /** \brief The outcome of a refusal, or of the event that \p submit returns. */

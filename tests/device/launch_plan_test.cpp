@@ -1,4 +1,4 @@
-#include "device/dataset_helper.hpp"
+#include "device/dataset_view.hpp"
 #include "device/launch_plan.hpp"
 
 #include <gtest/gtest.h>

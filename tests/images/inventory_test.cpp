@@ -111,6 +111,8 @@ struct spirv_module {
     std::set<std::uint32_t> reached;   ///< ids of those that an entry point calls, itself included
     std::set<std::uint32_t> float_widths;
     std::set<std::uint32_t> capabilities;
+    std::size_t n_barriers = 0;
+    std::string source_extension; ///< with what the kernel reduces
 
     explicit spirv_module(const std::vector<std::uint32_t>& code) {
         const std::unique_ptr<spv_context_t, decltype(&spvContextDestroy)> context(
@@ -132,8 +134,22 @@ struct spirv_module {
 
 private:
     void read(const spv_parsed_instruction_t& each) {
-        enum : std::uint16_t { entry_point = 15, capability = 17, type_float = 22, function = 54, call = 57 };
+        enum : std::uint16_t {
+            extension = 4,
+            entry_point = 15,
+            capability = 17,
+            type_float = 22,
+            function = 54,
+            call = 57,
+            barrier = 224
+        };
         switch (each.opcode) {
+        case extension:
+            source_extension = reinterpret_cast<const char*>(&each.words[1]);
+            break;
+        case barrier:
+            ++n_barriers;
+            break;
         case entry_point:
             entry_points.emplace_back(reinterpret_cast<const char*>(&each.words[3]));
             to_visit_.push_back(each.words[2]);
@@ -229,6 +245,44 @@ TEST_F(images, say_what_they_need) {
         const bool is_double = name.find("<double") != std::string::npos;
         EXPECT_EQ(words(needs.data, needs.size),
                   is_double ? std::vector<std::uint32_t>{6} : std::vector<std::uint32_t>{});
+    });
+}
+
+/// Barriers of a kernel for each dimension. A reduction has three of them, a wait for a copy one.
+std::size_t barriers_of(const std::string& name) {
+    const auto has = [&](const char* text) { return name.find(text) != std::string::npos; };
+    const std::string flags =
+        name.substr(name.rfind(">, ") + 3); // row_layout, is_last of a next step, index_64
+    const bool rows = flags.rfind("true", 0) == 0;
+    const bool usm = has(", true>, ");
+    const bool first = has("first_step"), next = has("next_step");
+    const bool last = next && flags.find(", true, ") != std::string::npos;
+    if (has("minmax")) {
+        const std::size_t n = has("min_max_func") ? 2 : 1;
+        const bool staged = !usm && (next || rows);
+        return 3 * n + (staged ? n : 0);
+    }
+    const bool about_mean = has("user_mean");
+    const bool all = has("kurtosis_func_fast") || has("raw_") || (has("central_") && !about_mean);
+    const std::size_t sums = has("mean_func") || has("variation_func_user_mean")            ? 1
+                             : all                                                          ? 4
+                             : has("skewness_func_fast") || (has("central_") && about_mean) ? 3
+                                                                                            : 2;
+    const std::size_t weights = 2; // of the first dimension
+    const std::size_t reductions = 3 * (sums + weights);
+    if (next) {
+        return sums + weights + reductions + (last ? 1 : 0);
+    }
+    return (rows ? 1 : 0) + 1 + reductions + (first ? 0 : 1);
+}
+
+TEST_F(images, synchronise_and_take_local_memory_for_nothing_but_reductions_and_tiles) {
+    for_each([](const device_image& image, const std::string& name) {
+        const spirv_module module(words(image));
+        EXPECT_EQ(module.n_barriers, barriers_of(name));
+        const bool is_double = name.find("<double") != std::string::npos;
+        EXPECT_EQ(module.source_extension,
+                  properties::group_value_bytes + std::string(is_double ? "8" : "4"));
     });
 }
 

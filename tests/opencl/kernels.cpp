@@ -74,7 +74,6 @@ sycl::event scale_and_count(sycl::queue& queue, float* values, std::size_t n, fl
 
 struct add_rounds_kernel {
     using element_type = float;
-    static constexpr std::size_t group_value_bytes = 3 * sizeof(float);
 
     const float* values;
     std::size_t n_rounds;
@@ -83,15 +82,13 @@ struct add_rounds_kernel {
     void operator()(sycl::nd_item<1> item) const {
         const std::size_t lane = item.get_local_id(0);
         sums[lane] = 0;
-        sycl::ext::aurelo::group_variable<std::size_t> rounds_left(item.get_group(), n_rounds);
-        while (rounds_left.peek() != 0) {
-            const std::size_t round = rounds_left.get();
-            rounds_left.set(round - 1);
+        for (std::size_t round = n_rounds; round != 0; --round) {
             const float x = values[lane] * static_cast<float>(round);
-            const auto three = sycl::reduce_over_group(item.get_group(), sycl::marray<float, 3>(x, -2 * x, x),
-                                                       sycl::plus<>{});
+            if (round % 2 == 0) { // the same for all work-items
+                sums[lane] += 10 * sycl::reduce_over_group(item.get_group(), x, sycl::plus<>{});
+                continue;
+            }
             sums[lane] += sycl::reduce_over_group(item.get_group(), x, sycl::plus<float>{});
-            sums[lane] += three[0] + three[1] + three[2];
         }
     }
 };

@@ -1,5 +1,6 @@
 #include "kernels.hpp"
 
+#include <llvm/IR/Constants.h>
 #include <llvm/IR/InstIterator.h>
 #include <llvm/IR/Instructions.h>
 #include <llvm/Transforms/Utils/Cloning.h>
@@ -103,6 +104,22 @@ std::unique_ptr<llvm::Module> extract(const llvm::Function& kernel) {
     for (llvm::GlobalVariable& each : llvm::make_early_inc_range(result->globals())) {
         if (each.use_empty()) {
             each.eraseFromParent();
+        }
+    }
+    return result;
+}
+
+std::uint64_t group_value_bytes(const llvm::Module& alone) {
+    const llvm::Function* const asked = alone.getFunction("__sycl_group_scratch");
+    std::uint64_t result = 0;
+    if (asked != nullptr) {
+        for (const llvm::User* const each : asked->users()) {
+            const auto* const bytes =
+                llvm::dyn_cast<llvm::ConstantInt>(llvm::cast<llvm::CallInst>(each)->getArgOperand(0));
+            if (bytes == nullptr) {
+                throw std::runtime_error("a reduction whose value has no constant size");
+            }
+            result = std::max(result, bytes->getZExtValue());
         }
     }
     return result;

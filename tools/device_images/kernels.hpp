@@ -25,6 +25,10 @@ void drop_type_names(llvm::Module& module);
 /// A module with \p kernel, the functions that it calls, and nothing else.
 std::unique_ptr<llvm::Module> extract(const llvm::Function& kernel);
 
+/// The largest value, in bytes, that the functions of \p alone reduce over a group; 0 if they reduce none. To be asked
+/// before the calls are replaced.
+std::uint64_t group_value_bytes(const llvm::Module& alone);
+
 /**
  * What \p alone, the module of one kernel, needs. Throws std::runtime_error for a kernel that stores to its
  * argument, which a driver may share between the work-groups.

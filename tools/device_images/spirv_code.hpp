@@ -18,4 +18,7 @@ void prepare_for_spirv(llvm::Module& module);
 /// The SPIR-V of a prepared module, which is used up.
 std::string spirv_of(llvm::Module& module);
 
+/// Adds an OpSourceExtension to a module: a text that means nothing to drivers.
+void add_source_extension(std::string& module, const std::string& text);
+
 } // namespace device_images

@@ -12,6 +12,8 @@
 #include "optimise.hpp"
 #include "spirv_code.hpp"
 
+#include <sycl/detail/device_image.hpp>
+
 #include <llvm/IR/LLVMContext.h>
 #include <llvm/IRReader/IRReader.h>
 #include <llvm/Support/SourceMgr.h>
@@ -41,9 +43,15 @@ std::string traits_of(const device_images::kernel_needs& needs) {
 /// The traits of a kernel, a line end, and its image.
 std::string make_image(const llvm::Function& kernel) {
     const auto alone = device_images::extract(kernel);
+    const std::uint64_t value_bytes = device_images::group_value_bytes(*alone);
     device_images::optimise(*alone);
     const std::string traits = traits_of(device_images::needs_of(*alone));
-    return traits + '\n' + device_images::spirv_of(*alone);
+    std::string module = device_images::spirv_of(*alone);
+    if (value_bytes != 0) {
+        device_images::add_source_extension(module, sycl::detail::image_properties::group_value_bytes +
+                                                        std::to_string(value_bytes));
+    }
+    return traits + '\n' + module;
 }
 
 void split(const char* code, const char* images, const char* index) {

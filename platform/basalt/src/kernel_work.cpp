@@ -90,7 +90,8 @@ private:
 
 class kernel_work final : public work {
 public:
-    explicit kernel_work(const bs_kernel_t& kernel) : kernel_(kernel) {}
+    kernel_work(const bs_kernel_t& kernel, std::size_t local_memory_bytes)
+        : kernel_(kernel), device_local_memory_(local_memory_bytes) {}
 
     std::size_t n_pieces() const override { return kernel_.n_groups; }
     bool is_kernel() const override { return true; }
@@ -103,7 +104,7 @@ public:
         const local_memory local(kernel_.local_memory_bytes);
         const kernel_instance instance = make_instance(local.get());
         const borrowed_work_group group;
-        group->prepare(kernel_, instance.get());
+        group->prepare(kernel_, device_local_memory_, instance.get());
         const sanitizer::live_stacks live = group->live();
         for (; !range.empty(); range = groups.next()) {
             for (std::size_t id = range.begin; id < range.end && !groups.failed(); ++id) {
@@ -129,12 +130,13 @@ private:
     std::string name() const { return kernel_.name != nullptr ? kernel_.name : "without name"; }
 
     bs_kernel_t kernel_;
+    std::size_t device_local_memory_;
 };
 
 } // namespace
 
-std::unique_ptr<work> make_kernel_work(const bs_kernel_t& kernel) {
-    return std::make_unique<kernel_work>(kernel);
+std::unique_ptr<work> make_kernel_work(const bs_kernel_t& kernel, std::size_t local_memory_bytes) {
+    return std::make_unique<kernel_work>(kernel, local_memory_bytes);
 }
 
 } // namespace basalt

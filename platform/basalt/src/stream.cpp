@@ -30,7 +30,7 @@ std::unique_ptr<work> make_work(const bs_command_t& command, const device& devic
     }
     if (command.kernel != nullptr) {
         check_kernel(*command.kernel, device);
-        return make_kernel_work(*command.kernel);
+        return make_kernel_work(*command.kernel, device.desc().local_memory_bytes);
     }
     if (command.copy.target != nullptr) {
         if (command.copy.bytes != 0) {

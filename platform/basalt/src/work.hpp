@@ -20,7 +20,8 @@ public:
     virtual bool is_kernel() const { return false; }
 };
 
-std::unique_ptr<work> make_kernel_work(const bs_kernel_t& kernel);
+/// \param local_memory_bytes what the device has for each group
+std::unique_ptr<work> make_kernel_work(const bs_kernel_t& kernel, std::size_t local_memory_bytes);
 std::unique_ptr<work> make_copy_work(void* target, const void* source, std::size_t bytes);
 std::unique_ptr<work> make_fill_work(void* target, const void* pattern, std::size_t pattern_bytes,
                                      std::size_t count);

@@ -35,10 +35,11 @@ void copy_value(void* target, const void* source, std::size_t bytes) {
 
 } // namespace
 
-void work_group::prepare(const bs_kernel_t& kernel, void* instance) {
+void work_group::prepare(const bs_kernel_t& kernel, std::size_t local_memory_bytes, void* instance) {
     kernel_ = &kernel;
     instance_ = instance;
     local_size_ = kernel.local_size;
+    free_local_memory_ = local_memory_bytes - kernel.local_memory_bytes;
     if (local_size_ > 1) {
         fibers_.reserve(local_size_);
     }
@@ -155,6 +156,7 @@ void work_group::combine(std::size_t local_id, const void* value, std::size_t by
         fail_item("work-item " + std::to_string(local_id) + " combines " + std::to_string(bytes) +
                   " bytes, the limit is " + std::to_string(max_combine_bytes));
     }
+    charge(bytes);
     const meeting here{kind::combine, static_cast<std::uint32_t>(bytes), copies_.begun(local_id)};
     if (!accepts(local_id, here)) {
         refuse(local_id, here);
@@ -165,6 +167,16 @@ void work_group::combine(std::size_t local_id, const void* value, std::size_t by
         reduce(values_.data(), local_size_, result_);
     });
     copy_value(result, result_, bytes);
+}
+
+/// Room for a value of each work-item and the results of up to 32 that combine them, as a hardware device needs it.
+void work_group::charge(std::size_t bytes) {
+    const std::size_t needed = (local_size_ + std::min<std::size_t>(local_size_, 32)) * bytes;
+    if (needed > free_local_memory_) {
+        fail_item(std::to_string(kernel_->local_memory_bytes + needed) +
+                  " bytes of local memory, with those of a combine, are above the device's limit of " +
+                  std::to_string(kernel_->local_memory_bytes + free_local_memory_));
+    }
 }
 
 std::uint64_t work_group::begin_copy(std::size_t local_id, const group_copies::copy& what) {

@@ -29,7 +29,8 @@ public:
     work_group& operator=(const work_group&) = delete;
 
     /// Makes what groups of this launch need. Throws error(BS_ERROR_OUT_OF_MEMORY).
-    void prepare(const bs_kernel_t& kernel, void* instance);
+    /// \param local_memory_bytes what the device has for each group
+    void prepare(const bs_kernel_t& kernel, std::size_t local_memory_bytes, void* instance);
 
     /// To be kept while groups run.
     sanitizer::live_stacks live() const { return fibers_.live(); }
@@ -67,6 +68,7 @@ private:
     template <typename Last>
     void meet(std::size_t local_id, Last&& last);
 
+    void charge(std::size_t bytes);
     [[noreturn]] void diverge(std::size_t local_id, const std::string& did, const std::string& others);
     [[noreturn]] void fail_item(const std::string& words);
     /// \p words returns the reason, and may throw for want of memory.
@@ -81,6 +83,7 @@ private:
     const bs_kernel_t* kernel_ = nullptr;
     void* instance_ = nullptr;
     std::size_t local_size_ = 0;
+    std::size_t free_local_memory_ = 0; ///< what the kernel leaves to combine()
     std::size_t group_id_ = 0;
 
     std::size_t started_ = 0;

@@ -1,6 +1,9 @@
 #include "command_group.hpp"
 
+#include "image_registry.hpp"
 #include "kernel_name.hpp"
+
+#include <sycl/detail/local_pool.hpp>
 
 #include <algorithm>
 #include <string>
@@ -126,10 +129,13 @@ void command_group::check_launch(const nd_range<1>& space, const kernel_traits& 
         throw exception(errc::nd_range, "a work-group of " + number(local) + " is above the limit of " +
                                             number(facts.max_work_group_size) + " of " + facts.name);
     }
-    if (local_bytes_ > facts.local_memory_bytes) {
-        throw exception(errc::memory_allocation, number(local_bytes_) +
-                                                     " bytes of local memory are above the limit of " +
-                                                     number(facts.local_memory_bytes) + " of " + facts.name);
+    // Only an image tells what a kernel reduces. The software GPU, which needs none, also checks as it runs.
+    const std::size_t reductions = group_scratch_bytes(local, reduced_value_bytes(kernel.name));
+    if (local_bytes_ > facts.local_memory_bytes || reductions > facts.local_memory_bytes - local_bytes_) {
+        throw exception(errc::memory_allocation,
+                        number(local_bytes_ + reductions) + " bytes of local memory, of which " +
+                            number(reductions) + " are for reductions, are above the limit of " +
+                            number(facts.local_memory_bytes) + " of " + facts.name);
     }
 }
 

@@ -5,11 +5,14 @@
 #include <sycl/exception.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <map>
 #include <mutex>
+#include <string_view>
 
 namespace sycl::detail {
 
@@ -26,6 +29,11 @@ struct registry {
     std::uint64_t next_id = 1;
     std::multimap<std::string, registered_image> by_entry;
     std::map<const image_descriptor*, std::string> refused; ///< with the reasons
+
+    std::shared_ptr<const kernel_image> image_of(const char* kernel) const {
+        const auto found = by_entry.find(std::string("_ZTS") + kernel);
+        return found == by_entry.end() ? nullptr : found->second.image;
+    }
 };
 
 registry& images() {
@@ -49,9 +57,31 @@ std::vector<std::uint32_t> numbers_of(const device_image& image, const char* set
     return result;
 }
 
+/// What the tool that made the module found to be the largest value of its reductions; 0 if it says nothing.
+std::uint64_t group_value_bytes_of(const unsigned char* first, const unsigned char* last) {
+    constexpr std::size_t header_bytes = 20, word = sizeof(std::uint32_t);
+    constexpr std::uint32_t source_extension = 4, function = 54, opcode_mask = 0xffff;
+    const std::string_view prefix = image_properties::group_value_bytes;
+    for (const unsigned char* at = first + header_bytes; last - at >= static_cast<std::ptrdiff_t>(word);) {
+        std::uint32_t head;
+        std::memcpy(&head, at, word);
+        const std::size_t bytes = (head >> 16) * word;
+        if (bytes == 0 || bytes > static_cast<std::size_t>(last - at) || (head & opcode_mask) == function) {
+            break; // not a module, or behind what is looked for
+        }
+        const std::string_view text(reinterpret_cast<const char*>(at + word), bytes - word);
+        if ((head & opcode_mask) == source_extension && text.substr(0, prefix.size()) == prefix) {
+            return std::strtoull(text.data() + prefix.size(), nullptr, 10);
+        }
+        at += bytes;
+    }
+    return 0;
+}
+
 kernel_image describe(const device_image& image, const image_entry& entry, std::uint64_t id) {
-    kernel_image result{id, entry.name, entry.argument_bytes, image.first, image.last, image.compile_options,
-                        {}};
+    kernel_image result{
+        id,          entry.name, entry.argument_bytes,  group_value_bytes_of(image.first, image.last),
+        image.first, image.last, image.compile_options, {}};
     for (const auto value : numbers_of(image, image_properties::requirement_set, image_properties::aspects)) {
         result.aspects.push_back(static_cast<aspect>(value));
     }
@@ -102,9 +132,8 @@ void remember(const image_descriptor* list) {
 std::shared_ptr<const kernel_image> find_image(const char* kernel) {
     auto& known = images();
     const std::lock_guard guard(known.lock);
-    const auto found = known.by_entry.find(std::string("_ZTS") + kernel);
-    if (found != known.by_entry.end()) {
-        return found->second.image;
+    if (auto image = known.image_of(kernel)) {
+        return image;
     }
     if (!known.refused.empty()) {
         throw exception(errc::kernel_not_supported,
@@ -112,6 +141,13 @@ std::shared_ptr<const kernel_image> find_image(const char* kernel) {
                             " among those that could be read: " + known.refused.begin()->second);
     }
     return nullptr;
+}
+
+std::size_t reduced_value_bytes(const char* kernel) {
+    auto& known = images();
+    const std::lock_guard guard(known.lock);
+    const auto image = known.image_of(kernel);
+    return image == nullptr ? 0 : image->group_value_bytes;
 }
 
 std::size_t count_images() {

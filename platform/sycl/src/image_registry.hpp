@@ -15,6 +15,7 @@ struct kernel_image {
     std::uint64_t id; ///< never used again, so that caches outlive the shared object safely
     std::string entry;
     std::uint64_t argument_bytes;
+    std::uint64_t group_value_bytes; ///< of the largest value that it reduces over a group
     const unsigned char* first;
     const unsigned char* last;
     std::string compile_options;
@@ -29,6 +30,9 @@ struct kernel_image {
  * kernel may be in that one.
  */
 std::shared_ptr<const kernel_image> find_image(const char* kernel);
+
+/// The largest value, in bytes, that this kernel reduces over a group; 0 if it reduces none or has no image.
+std::size_t reduced_value_bytes(const char* kernel);
 
 /// Kernels that are there as images of loaded shared objects.
 std::size_t count_images();

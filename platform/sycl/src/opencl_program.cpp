@@ -29,8 +29,7 @@ program_reference create_of_spirv(cl_context context, const device& target, cons
     return made;
 }
 
-program_reference create_of_bitcode(cl_context context, const device& target, const kernel_image& image) {
-    const std::string bitcode = translate(image);
+program_reference create_of_bitcode(cl_context context, const device& target, const std::string& bitcode) {
     const auto native = target.native();
     const std::size_t bytes = bitcode.size();
     const auto* data = reinterpret_cast<const unsigned char*>(bitcode.data());
@@ -40,13 +39,18 @@ program_reference create_of_bitcode(cl_context context, const device& target, co
     return made;
 }
 
-program_reference create(cl_context context, const device& target, const kernel_image& image) {
+void create(built_kernel& result, cl_context context, const device& target, const kernel_image& image) {
     switch (target.road()) {
     case image_road::spirv:
     case image_road::spirv_by_name:
-        return create_of_spirv(context, target, image);
-    case image_road::bitcode:
-        return create_of_bitcode(context, target, image);
+        result.program = create_of_spirv(context, target, image);
+        return;
+    case image_road::bitcode: {
+        const translation translated = translate(image);
+        result.program = create_of_bitcode(context, target, translated.bitcode);
+        result.bytes_per_item = translated.bytes_per_item;
+        return;
+    }
     case image_road::none:
         break;
     }
@@ -71,7 +75,7 @@ std::string options_for(const device& target, const kernel_image& image) {
 
 std::shared_ptr<built_kernel> build(cl_context context, const device& target, const kernel_image& image) {
     auto result = std::make_shared<built_kernel>();
-    result->program = create(context, target, image);
+    create(*result, context, target, image);
     const auto native = target.native();
     const std::string options = options_for(target, image);
     if (clBuildProgram(result->program.get(), 1, &native, options.c_str(), nullptr, nullptr) != CL_SUCCESS) {

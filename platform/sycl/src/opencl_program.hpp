@@ -3,6 +3,7 @@
 #include "image_registry.hpp"
 #include "opencl_api.hpp"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -18,6 +19,7 @@ struct built_kernel {
     std::mutex lock;
     program_reference program;
     kernel_reference kernel;
+    std::uint64_t bytes_per_item = 0; ///< of local memory, beside what the kernel's reductions take
 };
 
 /// The kernels that a context has built, of images by their numbers. Each one is built once, by the first

@@ -37,20 +37,17 @@ std::shared_ptr<const kernel_image> require_image(const kernel_traits& kernel, c
     return image;
 }
 
-std::size_t group_bytes(const kernel_launch& what) {
-    return group_scratch_bytes(what.local_size, what.kernel->traits().group_value_bytes);
+std::size_t group_bytes(const kernel_launch& what, const kernel_image& image, const built_kernel& built) {
+    return group_scratch_bytes(what.local_size, image.group_value_bytes) +
+           what.local_size * built.bytes_per_item;
 }
 
 /// Drivers refuse blocks of no bytes.
-std::size_t local_array_bytes(const kernel_launch& what) {
-    return std::max<std::size_t>(what.local_memory_bytes, 1);
+std::size_t block_bytes(std::size_t wanted) {
+    return std::max<std::size_t>(wanted, 1);
 }
 
 } // namespace
-
-std::size_t queue::local_bytes(const kernel_launch& what) const {
-    return group_bytes(what) + local_array_bytes(what);
-}
 
 void queue::check_launch(const kernel_launch& what) {
     const auto& traits = what.kernel->traits();
@@ -63,24 +60,27 @@ void queue::check_launch(const kernel_launch& what) {
                             ", and " + facts.name + " at most " +
                             std::to_string(target().max_argument_bytes()));
     }
-    if (local_bytes(what) > facts.local_memory_bytes) {
+    const auto built = context_.programs().get(target(), *image);
+    const std::size_t for_group = group_bytes(what, *image, *built);
+    // Drivers align the two blocks, and what is behind them, for the largest vector.
+    constexpr std::size_t alignment = 128;
+    if (block_bytes(what.local_memory_bytes) + block_bytes(for_group) + 3 * (alignment - 1) >
+        facts.local_memory_bytes) {
         throw exception(errc::memory_allocation,
-                        std::to_string(local_bytes(what)) + " bytes of local memory, with those of the " +
-                            "group algorithms, are above the limit of " +
+                        std::to_string(what.local_memory_bytes) + " and " + std::to_string(for_group) +
+                            " bytes of local memory, aligned, are above the limit of " +
                             std::to_string(facts.local_memory_bytes) + " of " + facts.name);
     }
-    context_.programs().get(target(), *image);
 }
 
-std::shared_ptr<built_kernel> queue::kernel_of(const kernel_launch& what) {
-    return context_.programs().get(target(), *require_image(what.kernel->traits(), target()));
-}
-
-void queue::set_arguments(cl_kernel kernel, const kernel_launch& what) {
+void queue::set_arguments(const built_kernel& built, const kernel_launch& what, const kernel_image& image) {
+    const cl_kernel kernel = built.kernel.get();
     const auto& box = *what.kernel;
     check(clSetKernelArg(kernel, 0, box.traits().bytes, box.kernel()), "a kernel's argument");
-    check(clSetKernelArg(kernel, 1, local_array_bytes(what), nullptr), "a kernel's local memory");
-    check(clSetKernelArg(kernel, 2, group_bytes(what), nullptr), "a kernel's memory of group algorithms");
+    check(clSetKernelArg(kernel, 1, block_bytes(what.local_memory_bytes), nullptr),
+          "a kernel's local memory");
+    check(clSetKernelArg(kernel, 2, block_bytes(group_bytes(what, image, built)), nullptr),
+          "a kernel's memory of group algorithms");
     const auto reachable = context_.allocations();
     if (!reachable.empty()) {
         check(clSetKernelExecInfo(kernel, CL_KERNEL_EXEC_INFO_SVM_PTRS, reachable.size() * sizeof(void*),
@@ -90,7 +90,8 @@ void queue::set_arguments(cl_kernel kernel, const kernel_launch& what) {
 }
 
 void queue::launch(const kernel_launch& what, std::shared_ptr<command> done) {
-    const auto built = kernel_of(what);
+    const auto image = require_image(what.kernel->traits(), target());
+    const auto built = context_.programs().get(target(), *image);
     const wait_list waits(*done);
     completion end(std::move(done), context_.native());
     const std::size_t global = what.n_groups * what.local_size;
@@ -98,7 +99,7 @@ void queue::launch(const kernel_launch& what, std::shared_ptr<command> done) {
     cl_event native_event = nullptr;
     {
         const std::lock_guard guard(built->lock);
-        set_arguments(built->kernel.get(), what);
+        set_arguments(*built, what, *image);
         check(clEnqueueNDRangeKernel(native(), built->kernel.get(), 1, nullptr, &global, &local, waits.size(),
                                      waits.data(), &native_event),
               "a kernel cannot be enqueued");

@@ -43,9 +43,7 @@ public:
 
 private:
     const device& target() const { return static_cast<const device&>(*target_); }
-    std::size_t local_bytes(const kernel_launch& what) const;
-    std::shared_ptr<built_kernel> kernel_of(const kernel_launch& what);
-    void set_arguments(cl_kernel kernel, const kernel_launch& what);
+    void set_arguments(const built_kernel& built, const kernel_launch& what, const kernel_image& image);
 
     context& context_;
     std::shared_ptr<device_impl> target_;

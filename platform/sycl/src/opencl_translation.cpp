@@ -10,6 +10,7 @@
 #include <dlfcn.h>
 
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 
 namespace sycl::detail::opencl {
@@ -49,6 +50,22 @@ struct outcome {
     std::string error;
 };
 
+/// As it is kept: the number, and the bitcode.
+std::string packed(std::uint64_t bytes_per_item, const std::string& bitcode) {
+    std::string result(sizeof bytes_per_item, '\0');
+    std::memcpy(result.data(), &bytes_per_item, sizeof bytes_per_item);
+    return result += bitcode;
+}
+
+translation unpacked(const std::string& kept) {
+    translation result{0, {}};
+    if (kept.size() >= sizeof result.bytes_per_item) {
+        std::memcpy(&result.bytes_per_item, kept.data(), sizeof result.bytes_per_item);
+        result.bitcode = kept.substr(sizeof result.bytes_per_item);
+    }
+    return result;
+}
+
 std::string translate_now(const kernel_image& image) {
     static const translate_function translator = open_translator();
     outcome result;
@@ -58,10 +75,11 @@ std::string translate_now(const kernel_image& image) {
     const auto complain = [](void* user, const char* bytes, std::size_t n_bytes) {
         static_cast<outcome*>(user)->error.assign(bytes, n_bytes);
     };
-    if (translator(image.first, image.bytes(), keep, complain, &result) != 0) {
+    std::size_t bytes_per_item = 0;
+    if (translator(image.first, image.bytes(), keep, complain, &result, &bytes_per_item) != 0) {
         throw exception(errc::build, "image of kernel " + image.entry + ": " + result.error);
     }
-    return result.bitcode;
+    return packed(bytes_per_item, result.bitcode);
 }
 
 void report_unused(const std::string& what) {
@@ -72,16 +90,16 @@ void report_unused(const std::string& what) {
 
 } // namespace
 
-std::string translate(const kernel_image& image) {
+translation translate(const kernel_image& image) {
     const auto limit = most_translation_bytes();
     translation_cache cache(limit == 0 ? "" : translation_folder(), limit, report_unused);
     const auto key = translation_cache::key_of(image.first, image.bytes());
     if (auto known = cache.find(key)) {
-        return *std::move(known);
+        return unpacked(*known);
     }
     std::string result = translate_now(image);
     cache.store(key, result);
-    return result;
+    return unpacked(result);
 }
 
 } // namespace sycl::detail::opencl

@@ -15,7 +15,7 @@ namespace sycl::detail::opencl {
 namespace {
 
 /// Changes with every change of the translation.
-constexpr char translation_version[] = "1-llvm15";
+constexpr char translation_version[] = "2-llvm15";
 
 /// Its length tells how much has been stored since the folder was last looked through: a byte for each block.
 constexpr char counter[] = "stored_blocks";

@@ -1,6 +1,7 @@
 #include "translator.h"
 
 #include "spirv_words.hpp"
+#include "work_group_loops.hpp"
 
 #include <LLVMSPIRVLib.h>
 #include <LLVMSPIRVOpts.h>
@@ -18,7 +19,7 @@ namespace sycl::translator {
 
 namespace {
 
-std::string bitcode_of(const words& module) {
+std::string bitcode_of(const words& module, std::size_t& bytes_per_item) {
     std::istringstream stream(
         std::string(reinterpret_cast<const char*>(module.data()), module.size() * sizeof module[0]));
     SPIRV::TranslatorOpts options;
@@ -31,6 +32,7 @@ std::string bitcode_of(const words& module) {
         throw std::runtime_error("the SPIR-V module cannot be translated: " + error);
     }
     const std::unique_ptr<llvm::Module> owner(made);
+    bytes_per_item = run_groups_in_loops(*made);
     std::string result;
     llvm::raw_string_ostream out(result);
     llvm::WriteBitcodeToFile(*made, out);
@@ -41,10 +43,11 @@ std::string bitcode_of(const words& module) {
 } // namespace sycl::translator
 
 int sycl_translate_image(const unsigned char* image, size_t n_bytes, sycl_translation_sink result,
-                         sycl_translation_sink error, void* user) {
+                         sycl_translation_sink error, void* user, size_t* bytes_per_item) {
     using namespace sycl::translator;
     try {
-        const std::string bitcode = bitcode_of(with_plain_zeros(checked_words(image, n_bytes)));
+        const std::string bitcode =
+            bitcode_of(with_plain_zeros(checked_words(image, n_bytes)), *bytes_per_item);
         result(user, bitcode.data(), bitcode.size());
         return 0;
     } catch (const std::exception& reason) {

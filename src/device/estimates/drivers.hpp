@@ -5,10 +5,9 @@
  */
 #pragma once
 
-#include "../basic_submit.hpp"
+#include "../basic_launch.hpp"
 #include "central_funcs.hpp"
 #include "kernel_layout.hpp"
-#include "mean_func.hpp"
 #include "raw_funcs.hpp"
 #include "shape_funcs.hpp"
 
@@ -26,28 +25,22 @@ using event_list = std::vector<sycl::event>;
 template <layout L, typename T>
 using buffer_dataset = dataset<L, sycl::buffer<T, 1>>;
 
-/** \brief One-element buffers that stand in for absent outputs; never written. */
-template <typename T>
-sycl::buffer<T, 1> make_spare() {
-    return sycl::buffer<T, 1>(sycl::range<1>(1));
-}
-
-/** \brief Runs a functor of outputs of orders 1 to 4 that are buffers. */
+/** \brief Runs a functor of output buffers of orders 1 to 4. */
 template <typename Functor, typename T, layout L>
 sycl::event run_raw(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out1,
                     sycl::buffer<T, 1> out2, sycl::buffer<T, 1> out3, sycl::buffer<T, 1> out4) {
-    auto spare2 = make_spare<T>();
-    auto spare3 = make_spare<T>();
-    auto spare4 = make_spare<T>();
+    auto spare2 = placeholder_buffer<T>();
+    auto spare3 = placeholder_buffer<T>();
+    auto spare4 = placeholder_buffer<T>();
     return submit_basic(queue, data, Functor(out1, out2, out3, out4, spare2, spare3, spare4));
 }
 
-/** \brief Runs a functor of outputs of orders 2 to 4 that are buffers, about \p mean if there is one. */
+/** \brief Runs a functor of output buffers of orders 2 to 4, about \p mean if there is one. */
 template <typename Functor, typename T, layout L, typename... Mean>
 sycl::event run_central(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 1> out2,
                         sycl::buffer<T, 1> out3, sycl::buffer<T, 1> out4, Mean... mean) {
-    auto spare3 = make_spare<T>();
-    auto spare4 = make_spare<T>();
+    auto spare3 = placeholder_buffer<T>();
+    auto spare4 = placeholder_buffer<T>();
     return submit_basic(queue, data, Functor(out2, out3, out4, spare3, spare4), mean...);
 }
 
@@ -57,7 +50,7 @@ sycl::event mean(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<T, 
 }
 template <method M, typename T, layout L>
 sycl::event mean(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
-    return submit_basic_usm(queue, data, mean_func<T, true>(out), dependencies);
+    return submit_basic_usm(queue, data, mean_func<T, true>{out}, dependencies);
 }
 
 template <method M, typename T, layout L>
@@ -68,7 +61,8 @@ sycl::event raw_sum(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer<
 template <method M, typename T, layout L>
 sycl::event raw_sum(sycl::queue& queue, dataset<L, T*> data, T* out1, T* out2, T* out3, T* out4,
                     const event_list& dependencies) {
-    return submit_basic_usm(queue, data, raw_sum_func_fast<T, true>(out1, out2, out3, out4), dependencies);
+    return submit_basic_usm(queue, data, make_raw<raw_sum_func_fast<T, true>>(out1, out2, out3, out4),
+                            dependencies);
 }
 
 template <method M, typename T, layout L>
@@ -79,7 +73,8 @@ sycl::event raw_moment(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buff
 template <method M, typename T, layout L>
 sycl::event raw_moment(sycl::queue& queue, dataset<L, T*> data, T* out1, T* out2, T* out3, T* out4,
                        const event_list& dependencies) {
-    return submit_basic_usm(queue, data, raw_moment_func_fast<T, true>(out1, out2, out3, out4), dependencies);
+    return submit_basic_usm(queue, data, make_raw<raw_moment_func_fast<T, true>>(out1, out2, out3, out4),
+                            dependencies);
 }
 
 template <method M, typename T, layout L>
@@ -88,7 +83,7 @@ sycl::event variation(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffe
 }
 template <method M, typename T, layout L>
 sycl::event variation(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
-    return submit_basic_usm(queue, data, variation_func_fast<T, true>(out), dependencies);
+    return submit_basic_usm(queue, data, variation_func_fast<T, true>{out}, dependencies);
 }
 
 template <method M, typename T, layout L>
@@ -97,7 +92,7 @@ sycl::event skewness(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer
 }
 template <method M, typename T, layout L>
 sycl::event skewness(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
-    return submit_basic_usm(queue, data, skewness_func_fast<T, true>(out), dependencies);
+    return submit_basic_usm(queue, data, make_shape<skewness_func_fast<T, true>>(out), dependencies);
 }
 
 template <method M, typename T, layout L>
@@ -106,7 +101,7 @@ sycl::event kurtosis(sycl::queue& queue, buffer_dataset<L, T> data, sycl::buffer
 }
 template <method M, typename T, layout L>
 sycl::event kurtosis(sycl::queue& queue, dataset<L, T*> data, T* out, const event_list& dependencies) {
-    return submit_basic_usm(queue, data, kurtosis_func_fast<T, true>(out), dependencies);
+    return submit_basic_usm(queue, data, make_shape<kurtosis_func_fast<T, true>>(out), dependencies);
 }
 
 } // namespace aurelo::qtx::stats::detail::gpu

@@ -2,8 +2,9 @@
  * \file extended_funcs.hpp
  * \brief Functors of offloaded tasks: an estimate together with the mean and the raw moments that lead to it.
  *
- * Each is a twin of a functor of raw totals, shares its arithmetic to the last bit, and adds stores. All
- * arrays are pointers to `n_dims` elements; a null pointer takes no store.
+ * Each is a twin of a functor of raw totals, shares its arithmetic to the last bit, and adds stores, whose order is part
+ * of the contract: arrays of a task may be the same. Functors are plain records of pointers to `n_dims` elements; a null
+ * pointer takes no store.
  */
 #pragma once
 
@@ -11,15 +12,6 @@
 #include "shape_funcs.hpp"
 
 namespace aurelo::qtx::stats::detail::gpu::ex {
-
-/**
- * \brief Stores a moment that several groups of a task have in common. On a queue out of order their kernels may run
- * beside each other, and all store the same bits.
- */
-template <typename T, typename Ptr>
-void store_shared(bool stores, Ptr out, unsigned long dim, T value) {
-    store_if(stores, out, dim, value);
-}
 
 template <typename T, bool is_usm>
 struct variation_func_fast;
@@ -40,12 +32,13 @@ struct variation_func_fast<T, true> {
     static constexpr bool user_mean = false;
     static constexpr const char* estimate = "variation";
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
-        const auto s = read_shape(tmp, dim);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
         const power_totals<T> raw(tmp, dim);
-        store_shared(stores, mean, dim, s.central.mean());
-        store_shared(stores, raw2, dim, raw.s2 / s.weight);
-        store_if(stores, out, dim, variation_of(s.central.order2(), s.factor, s.central.mean()));
+        const T weight = total_weight(tmp);
+        const central_expansion<T> c(raw, weight);
+        store(mean, dim, c.mean());
+        store(raw2, dim, raw.s2 / weight);
+        store(out, dim, variation_of(c.order2(), variance_factor(tmp), c.mean()));
     }
 
     T* mean;
@@ -55,14 +48,15 @@ struct variation_func_fast<T, true> {
 
 template <typename T, typename Ptr>
 struct skewness_func_fast_base {
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
-                    Ptr raw2, Ptr raw3, Ptr out) const {
-        const auto s = read_shape(tmp, dim);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
+                    Ptr raw3, Ptr out) const {
         const power_totals<T> raw(tmp, dim);
-        store_shared(stores, mean, dim, s.central.mean());
-        store_shared(stores, raw2, dim, raw.s2 / s.weight);
-        store_shared(stores, raw3, dim, raw.s3 / s.weight);
-        store_if(stores, out, dim, skewness_of(s.central.order3(), s.weight, s.variance()));
+        const T weight = total_weight(tmp);
+        const central_expansion<T> c(raw, weight);
+        store(mean, dim, c.mean());
+        store(raw2, dim, raw.s2 / weight);
+        store(raw3, dim, raw.s3 / weight);
+        store(out, dim, skewness_of(c, weight, variance_factor(tmp)));
     }
 };
 
@@ -74,8 +68,8 @@ struct skewness_func_fast<T, true> : skewness_func_fast_base<T, T*> {
     static constexpr bool user_mean = false;
     static constexpr const char* estimate = "skewness";
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
-        skewness_func_fast_base<T, T*>::operator()(tmp, dim, stores, mean, raw2, raw3, out);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
+        skewness_func_fast_base<T, T*>::operator()(tmp, dim, mean, raw2, raw3, out);
     }
 
     T* mean;
@@ -86,15 +80,16 @@ struct skewness_func_fast<T, true> : skewness_func_fast_base<T, T*> {
 
 template <typename T, typename Ptr>
 struct kurtosis_func_fast_base {
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
-                    Ptr raw2, Ptr raw3, Ptr raw4, Ptr out) const {
-        const auto s = read_shape(tmp, dim);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
+                    Ptr raw3, Ptr raw4, Ptr out) const {
         const power_totals<T> raw(tmp, dim);
-        store_shared(stores, mean, dim, s.central.mean());
-        store_shared(stores, raw2, dim, raw.s2 / s.weight);
-        store_shared(stores, raw3, dim, raw.s3 / s.weight);
-        store_shared(stores, raw4, dim, raw.s4 / s.weight);
-        store_if(stores, out, dim, kurtosis_of(s.central.order4(), s.weight, s.variance()));
+        const T weight = total_weight(tmp);
+        const central_expansion<T> c(raw, weight);
+        store(mean, dim, c.mean());
+        store(raw2, dim, raw.s2 / weight);
+        store(raw3, dim, raw.s3 / weight);
+        store(raw4, dim, raw.s4 / weight);
+        store(out, dim, kurtosis_of(c, weight, variance_factor(tmp)));
     }
 };
 
@@ -106,8 +101,8 @@ struct kurtosis_func_fast<T, true> : kurtosis_func_fast_base<T, T*> {
     static constexpr bool user_mean = false;
     static constexpr const char* estimate = "kurtosis";
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
-        kurtosis_func_fast_base<T, T*>::operator()(tmp, dim, stores, mean, raw2, raw3, raw4, out);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
+        kurtosis_func_fast_base<T, T*>::operator()(tmp, dim, mean, raw2, raw3, raw4, out);
     }
 
     T* mean;
@@ -117,43 +112,59 @@ struct kurtosis_func_fast<T, true> : kurtosis_func_fast_base<T, T*> {
     T* out;
 };
 
-/** \brief Mean and raw moments on the way to central results of orders 2 to 4. */
-template <typename T, typename Flags, typename Ptr>
-void store_raw_moments(const power_totals<T>& raw, T weight, T mean, const Flags& flags, unsigned long dim,
-                       bool stores, Ptr mean_out, Ptr raw2, Ptr raw3, Ptr raw4) {
-    store_shared(stores, mean_out, dim, mean);
-    store_shared(stores, raw2, dim, raw.s2 / weight);
-    store_shared(stores && (flags.has_order3 || flags.has_order4), raw3, dim, raw.s3 / weight);
-    store_shared(stores && flags.has_order4, raw4, dim, raw.s4 / weight);
-}
-
+/**
+ * \brief Stores mean, raw moments and central results. The raw moment of order 3 follows the central result of order 4,
+ * too, whose expansion needs its sum.
+ */
 template <typename T, typename Ptr>
-struct central_sum_func_fast_base : expanded_orders {
-    static constexpr const char* estimate = "central_sum";
-    using expanded_orders::expanded_orders;
+struct central_stores : central_flags {
+    static constexpr bool user_mean = false;
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
-                    Ptr raw2, Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
-        const T weight = total_weight(tmp);
-        const power_totals<T> raw(tmp, dim);
-        const central_expansion<T> c(raw, weight);
-        store_raw_moments(raw, weight, c.mean(), *this, dim, stores, mean, raw2, raw3, raw4);
-        store_central_sums(c, *this, dim, stores, out2, out3, out4);
+protected:
+    /** \param central2 results of orders 2 to 4 as the estimate wants them */
+    void store_all(const power_totals<T>& raw, T weight, unsigned long dim, T mean_value, T central2,
+                   T central3, T central4, Ptr mean, Ptr raw2, Ptr raw3, Ptr raw4, Ptr out2, Ptr out3,
+                   Ptr out4) const {
+        store(mean, dim, mean_value);
+        store(raw2, dim, raw.s2 / weight);
+        store(out2, dim, central2);
+        if (has_order3) {
+            store(raw3, dim, raw.s3 / weight);
+            store(out3, dim, central3);
+        }
+        if (has_order4) {
+            store(raw3, dim, raw.s3 / weight);
+            store(raw4, dim, raw.s4 / weight);
+            store(out4, dim, central4);
+        }
     }
 };
 
 template <typename T, typename Ptr>
-struct central_moment_func_fast_base : expanded_orders {
-    static constexpr const char* estimate = "central_moment";
-    using expanded_orders::expanded_orders;
+struct central_sum_func_fast_base : central_stores<T, Ptr> {
+    static constexpr const char* estimate = "central_sum";
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores, Ptr mean,
-                    Ptr raw2, Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
-        const T weight = total_weight(tmp);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
+                    Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
         const power_totals<T> raw(tmp, dim);
+        const T weight = total_weight(tmp);
         const central_expansion<T> c(raw, weight);
-        store_raw_moments(raw, weight, c.mean(), *this, dim, stores, mean, raw2, raw3, raw4);
-        store_central_moments(c, *this, weight, total_square_weight(tmp), dim, stores, out2, out3, out4);
+        this->store_all(raw, weight, dim, c.mean(), c.order2(), c.order3(), c.order4(), mean, raw2, raw3,
+                        raw4, out2, out3, out4);
+    }
+};
+
+template <typename T, typename Ptr>
+struct central_moment_func_fast_base : central_stores<T, Ptr> {
+    static constexpr const char* estimate = "central_moment";
+
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, Ptr mean, Ptr raw2,
+                    Ptr raw3, Ptr raw4, Ptr out2, Ptr out3, Ptr out4) const {
+        const power_totals<T> raw(tmp, dim);
+        const T weight = total_weight(tmp);
+        const central_expansion<T> c(raw, weight);
+        this->store_all(raw, weight, dim, c.mean(), c.order2() * variance_factor(tmp), c.order3() / weight,
+                        c.order4() / weight, mean, raw2, raw3, raw4, out2, out3, out4);
     }
 };
 
@@ -161,15 +172,13 @@ struct central_moment_func_fast_base : expanded_orders {
 template <typename T, template <typename, typename> class Base>
 struct central_func : Base<T, T*> {
     using element_type = T;
-    using base = Base<T, T*>;
+    using orders = chosen_orders;
     static constexpr bool usm = true;
 
-    central_func(T* mean_out, T* raw2_out, T* raw3_out, T* raw4_out, T* second, T* third, T* fourth)
-        : base(third != nullptr, fourth != nullptr), mean(mean_out), raw2(raw2_out), raw3(raw3_out),
-          raw4(raw4_out), out2(second), out3(third), out4(fourth) {}
+    order_flags required_orders() const { return central_orders(*this, false); }
 
-    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim, bool stores = true) const {
-        base::operator()(tmp, dim, stores, mean, raw2, raw3, raw4, out2, out3, out4);
+    void operator()(const sum_tmp_helper<T, true, false>& tmp, unsigned long dim) const {
+        Base<T, T*>::operator()(tmp, dim, mean, raw2, raw3, raw4, out2, out3, out4);
     }
 
     T* mean;
@@ -182,13 +191,24 @@ struct central_func : Base<T, T*> {
 };
 
 template <typename T>
-struct central_sum_func_fast<T, true> : central_func<T, central_sum_func_fast_base> {
-    using central_func<T, central_sum_func_fast_base>::central_func;
-};
-
+struct central_sum_func_fast<T, true> : central_func<T, central_sum_func_fast_base> {};
 template <typename T>
-struct central_moment_func_fast<T, true> : central_func<T, central_moment_func_fast_base> {
-    using central_func<T, central_moment_func_fast_base>::central_func;
-};
+struct central_moment_func_fast<T, true> : central_func<T, central_moment_func_fast_base> {};
+
+/** \brief The record of an extended central functor; a result that is not wanted is null. */
+template <typename Functor, typename T>
+Functor make_extended_central(T* mean, T* raw2, T* raw3, T* raw4, T* out2, T* out3, T* out4) {
+    Functor record{};
+    record.has_order3 = out3 != nullptr;
+    record.has_order4 = out4 != nullptr;
+    record.mean = mean;
+    record.raw2 = raw2;
+    record.raw3 = raw3;
+    record.raw4 = raw4;
+    record.out2 = out2;
+    record.out3 = out3;
+    record.out4 = out4;
+    return record;
+}
 
 } // namespace aurelo::qtx::stats::detail::gpu::ex

@@ -7,8 +7,8 @@
  */
 #pragma once
 
-#include "../dataset_helper.hpp"
-#include "../sum_tmp_helper.hpp"
+#include "../dataset_view.hpp"
+#include "../sum_totals.hpp"
 #include "central_funcs.hpp"
 #include "extended_funcs.hpp"
 #include "raw_funcs.hpp"

@@ -2,7 +2,7 @@
 
 #include "sweep.hpp"
 
-#include "device/dataset_helper.hpp"
+#include "device/dataset_view.hpp"
 #include "support/run.hpp"
 
 #include <array>

@@ -2,8 +2,10 @@
 
 #include "inputs.hpp"
 
-#include "device/basic_submit.hpp"
-#include "device/minmax_submit.hpp"
+#include "device/records.hpp"
+
+#include "device/basic_launch.hpp"
+#include "device/minmax_launch.hpp"
 
 #include <typeinfo>
 
@@ -32,12 +34,12 @@ public:
     Functor make() {
         return [this]<std::size_t... k, std::size_t... s>(std::index_sequence<k...>,
                                                           std::index_sequence<s...>) {
-            if constexpr (!Functor::usm && !is_minmax<Functor>) {
-                return Functor(outputs_[k].argument()..., spares_[s].argument()...);
-            } else if constexpr (std::is_constructible_v<Functor, decltype(outputs_[k].argument())...>) {
+            if constexpr (Functor::usm) {
+                return test::record_of<Functor>(outputs_[k].argument()...);
+            } else if constexpr (is_minmax<Functor>) {
                 return Functor(outputs_[k].argument()...);
             } else {
-                return Functor{{}, outputs_[k].argument()...};
+                return Functor(outputs_[k].argument()..., spares_[s].argument()...);
             }
         }
         (std::make_index_sequence<n>{}, std::make_index_sequence<n - 1>{});
@@ -183,7 +185,7 @@ struct launches {
                                                                        local_size, groups, tail);
             } else {
                 return gpu::minmax_next_step<last, T, L, Functor, index_64>(
-                    queue, view, functor, source, target, local_size, groups, tail, stride);
+                    queue, view, functor, source, &target, local_size, groups, tail, stride);
             }
         } else {
             constexpr bool user_mean = Functor::user_mean;
@@ -195,7 +197,7 @@ struct launches {
                     queue, view, target, functor, local_size, groups, tail);
             } else {
                 return gpu::basic_next_step<last, usm, user_mean, T, L, Functor, index_64>(
-                    queue, view, source, target, functor, local_size, groups, tail, stride);
+                    queue, view, source, &target, functor, local_size, groups, tail, stride);
             }
         }
     }

@@ -1,6 +1,5 @@
 #include "launches.hpp"
 
-#include "device/estimates/mean_func.hpp"
 #include "device/estimates/raw_funcs.hpp"
 
 namespace sweep {

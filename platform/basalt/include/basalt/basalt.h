@@ -242,7 +242,8 @@ BS_API void bs_group_barrier(const bs_work_item_t* item);
 /**
  * \brief All work-items contribute \p bytes (at most 64); the last to arrive calls
  * combine(values, count, result) on the packed contributions in order of local id, and every work-item
- * receives the result. combine may use the values as working storage.
+ * receives the result. combine may use the values as working storage. It takes local memory as on a hardware device: a
+ * value for each work-item and for up to 32 of them one more. The launch fails if the kernel leaves too little.
  */
 typedef void (*bs_combine_t)(void* values, size_t count, void* result);
 BS_API void bs_group_combine(const bs_work_item_t* item, const void* value, size_t bytes,

@@ -11,9 +11,7 @@ namespace sycl {
 
 /**
  * Combines one value of each work-item of the group. Collective. The same bits for the same group size and
- * input. \p Op is plus, minimum or maximum. Beyond numbers, plus takes marrays of up to eight: several sums for the
- * price of one. A kernel that does so tells its largest value in a member `static constexpr std::size_t
- * group_value_bytes`, by which devices make room.
+ * input. \p Op is plus, minimum or maximum.
  */
 template <int Dims, typename T, typename Op>
 T reduce_over_group(const group<Dims>& over, T value, Op) {

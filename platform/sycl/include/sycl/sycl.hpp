@@ -11,13 +11,11 @@
 #include <sycl/exception.hpp>
 #include <sycl/functional.hpp>
 #include <sycl/group_algorithm.hpp>
-#include <sycl/group_variable.hpp>
 #include <sycl/handler.hpp>
 #include <sycl/host_accessor.hpp>
 #include <sycl/info.hpp>
 #include <sycl/interop.hpp>
 #include <sycl/local_accessor.hpp>
-#include <sycl/marray.hpp>
 #include <sycl/math.hpp>
 #include <sycl/multi_ptr.hpp>
 #include <sycl/nd_item.hpp>

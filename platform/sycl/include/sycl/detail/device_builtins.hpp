@@ -14,7 +14,8 @@ namespace sycl::detail::builtin {
 /// The kernel's blocks of local memory. No built-ins of OpenCL: the tool that makes device images puts the
 /// arguments of the kernel's entry in their places.
 __attribute__((const)) std::byte* local_arrays() __asm__("__sycl_local_arrays");
-__attribute__((const)) std::byte* group_scratch() __asm__("__sycl_group_scratch");
+/// For reductions of values of \p value_bytes; the tool tells the runtime the largest of a kernel.
+__attribute__((const)) std::byte* group_scratch(std::size_t value_bytes) __asm__("__sycl_group_scratch");
 
 /// Not constant, although it is: what stands on either side of a barrier asks for itself. A compiler that runs the
 /// work-items of a group in turn has it at hand, and would keep a copy of it in memory for each of them.

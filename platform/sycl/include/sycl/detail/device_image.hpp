@@ -72,6 +72,8 @@ inline constexpr char aspects[] = "aspects";
 inline constexpr char dropped_argument_set[] = "SYCL/kernel param opt";
 inline constexpr char miscellaneous_set[] = "SYCL/misc properties";
 inline constexpr char optimisation_level[] = "optLevel";
+/// Stands in the module itself, as an OpSourceExtension with the number behind it.
+inline constexpr char group_value_bytes[] = "sycl_group_value_bytes=";
 } // namespace image_properties
 
 } // namespace sycl::detail

@@ -4,21 +4,16 @@
 
 #include <sycl/access.hpp>
 #include <sycl/detail/device_builtins.hpp>
-#include <sycl/detail/group_vector.hpp>
 #include <sycl/detail/local_pool.hpp>
-#include <sycl/marray.hpp>
 
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-#include <utility>
 
 namespace sycl::detail {
 
-/**
- * What is behind nd_item and group in kernels of device images: the built-in functions, and the group's
- * scratch in local memory. No barrier in here stands under a condition; compilers for processors need that.
- */
+/// What is behind nd_item and group in kernels of device images: the built-in functions, and the group's scratch in
+/// local memory.
 class item_state {
 public:
     std::size_t local_id() const { return builtin::local_id(0); }
@@ -37,22 +32,31 @@ public:
         }
     }
 
+    /**
+     * Every work-item leaves its value, the first 32 combine those of every 32nd work-item, and the first one combines
+     * theirs. Neighbouring work-items read neighbouring elements. The order depends on the group's size alone.
+     *
+     * The group instructions of SPIR-V would leave the order to the driver, and drivers of OpenCL 3.0 need not take
+     * them for work-groups.
+     */
     template <typename Op, typename T>
     T reduce(T value) const {
-        return reduce<Op>(marray<T, 1>(value))[0];
-    }
-
-    /**
-     * Every work-item leaves its value, a few lanes combine slices of them, and whoever uses the result combines
-     * those: mostly one work-item, for which the others need not wait. On a processor this takes a fraction of the
-     * time of a tree of barriers. The order depends on the group's size alone. What a value consists of stands
-     * apart, so that vectors of it are at hand.
-     */
-    template <typename Op, typename T, std::size_t N>
-    marray<T, N> reduce(const marray<T, N>& value) const {
-        static_assert(std::is_arithmetic_v<T> && sizeof(T) <= largest_group_number &&
-                      N <= most_group_numbers);
-        return reduce_each<Op>(value, std::make_index_sequence<N>());
+        static_assert(std::is_arithmetic_v<T>);
+        const std::size_t size = local_size();
+        const std::size_t lane = local_id();
+        T* const values = reinterpret_cast<T*>(builtin::group_scratch(sizeof(T)));
+        T* const sums = values + size; // read while the next reduction stores its values
+        values[lane] = value;
+        builtin::barrier(builtin::local_fence);
+        if (lane < reducing_lanes) {
+            sums[lane] = combine<Op>(values, lane, size, reducing_lanes);
+        }
+        builtin::barrier(builtin::local_fence);
+        if (lane == 0) {
+            sums[0] = combine<Op>(sums, 0, reducing_lanes_of(size), 1);
+        }
+        builtin::barrier(builtin::local_fence);
+        return sums[0];
     }
 
     /// Each work-item copies one element; they are all there after wait_copy(). What is more than work-items, which
@@ -74,50 +78,13 @@ public:
     void wait_copy(std::uint64_t) const { barrier(access::fence_space::global_and_local); }
 
 private:
-    template <typename Op, typename T, std::size_t N, std::size_t... k>
-    marray<T, N> reduce_each(const marray<T, N>& value, std::index_sequence<k...>) const {
-        const std::size_t size = local_size();
-        std::byte* const behind_variable = builtin::group_scratch() + group_variable_bytes;
-        T* const sums = reinterpret_cast<T*>(behind_variable);
-        T* const values = reinterpret_cast<T*>(behind_variable + lane_sums_bytes);
-        const std::size_t row = group_row(size);
-
-        ((values[k * row + local_id()] = value[k]), ...);
-        builtin::barrier(builtin::local_fence);
-        if (local_id() < reducing_lanes) {
-            (combine_slice<Op>(values + k * row, sums + k * reducing_lanes, local_id(), size), ...);
-        }
-        builtin::barrier(builtin::local_fence);
-        return marray<T, N>(combine_sums<Op>(sums + k * reducing_lanes)...);
-    }
-
-    /// Every 32nd full vector of values, beginning with that of the lane, and a value of what is left of them.
     template <typename Op, typename T>
-    static void combine_slice(const T* values, T* sums, std::size_t lane, std::size_t size) {
-        using vector = group_vector<T>;
-        using operation = typename operator_of_vectors<Op>::type;
-        const std::size_t n_vectors = size / group_vector_size;
-        vector slice = vector::template neutral<Op>();
-        for (std::size_t i = lane; i < n_vectors; i += reducing_lanes) {
-            slice = slice.template with<Op>(vector::at(values + i * group_vector_size));
+    static T combine(const T* values, std::size_t first, std::size_t end, std::size_t stride) {
+        T result = values[first];
+        for (std::size_t i = first + stride; i < end; i += stride) {
+            result = Op{}(result, values[i]);
         }
-        const std::size_t rest = n_vectors * group_vector_size + lane;
-        const T last = values[rest < size ? rest : 0];
-        sums[lane] = operation{}(slice.template combined<Op>(), rest < size ? last : neutral<Op, T>());
-        if (lane == 0) {
-            for (std::size_t absent = size; absent < reducing_lanes; ++absent) {
-                sums[absent] = neutral<Op, T>();
-            }
-        }
-    }
-
-    template <typename Op, typename T>
-    static T combine_sums(const T* sums) {
-        static_assert(reducing_lanes == 2 * group_vector_size);
-        using vector = group_vector<T>;
-        return vector::at(sums)
-            .template with<Op>(vector::at(sums + group_vector_size))
-            .template combined<Op>();
+        return result;
     }
 };
 

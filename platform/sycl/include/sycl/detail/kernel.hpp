@@ -1,6 +1,5 @@
 #pragma once
 
-#include <sycl/detail/local_pool.hpp>
 #include <sycl/detail/work_item.hpp>
 #include <sycl/nd_item.hpp>
 
@@ -18,8 +17,7 @@ struct own_name;
 struct kernel_traits {
     const char* name; ///< the mangled name, as device images carry it behind "_ZTS"
     bool needs_fp64;
-    std::size_t bytes;             ///< size of the kernel object, the first argument of its device image
-    std::size_t group_value_bytes; ///< of the largest value of its group algorithms
+    std::size_t bytes; ///< size of the kernel object, the first argument of its device image
     void (*run_item)(void* instance, const bs_work_item_t* item);
     void* (*make_instance)(void* kernel);
     void (*drop_instance)(void* instance);
@@ -67,7 +65,6 @@ struct kernel_type {
         static const kernel_traits result{typeid(named*).name() + 1,
                                           uses_fp64<Kernel>::value,
                                           sizeof(Kernel),
-                                          group_value_bytes<Kernel>,
                                           &run_item,
                                           &make_instance,
                                           &drop_instance};

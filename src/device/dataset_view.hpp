@@ -1,10 +1,8 @@
 /**
- * \file dataset_helper.hpp
- * \brief What a kernel sees of a dataset.
+ * \file dataset_view.hpp
+ * \brief The dataset as kernels see it: addressing, mask and weights.
  */
 #pragma once
-
-#include "dataset_access.hpp"
 
 #include <stats/dataset.hpp>
 
@@ -15,6 +13,40 @@
 
 namespace aurelo::qtx::stats::detail {
 
+/** \brief Index of element (dimension \p d, observation \p i) in `observations`. */
+template <layout L, typename View>
+std::size_t element_index(const View& view, std::size_t d, std::size_t i) {
+    if constexpr (L == layout::by_dimension) {
+        return d * view.n_observations + i;
+    } else {
+        return i * view.n_dims + d;
+    }
+}
+
+/**
+ * \brief Whether dimension \p d is computed: there is no mask, or its value is not 0. The mask holds 64-bit integers,
+ * or 32-bit ones behind the same pointer type.
+ */
+template <bool index_64, typename View>
+bool is_unmasked(const View& view, std::size_t d) {
+    if (!view.has_indices) {
+        return true;
+    }
+    if constexpr (index_64) {
+        return view.indices[d] != 0;
+    } else {
+        // Reading the 64-bit word would touch memory past the end of a mask of odd length.
+        return reinterpret_cast<const std::int32_t*>(view.indices)[d] != 0;
+    }
+}
+
+/** \brief Weight of observation \p i. What is not greater than 0, NaN included, counts as 1. */
+template <typename T, typename View>
+T delivered_weight(const View& view, std::size_t i) {
+    const T weight = view.has_weights ? view.weights[i] : T(1);
+    return weight > T(0) ? weight : T(1);
+}
+
 /**
  * \brief The kernels' view of a dataset.
  * \tparam is_usm plain pointers, which may be null; otherwise placeholder accessors
@@ -23,7 +55,7 @@ namespace aurelo::qtx::stats::detail {
 template <typename T, layout L, bool is_usm, bool index_64>
 struct dataset_helper;
 
-/** \brief View of buffers. The caller keeps one-element buffers that stand in for an absent array. */
+/** \brief View of buffers. The caller keeps the one-element buffers that are bound where an array is absent. */
 template <typename T, layout L>
 struct dataset_helper<T, L, false, true> {
     template <typename U>
@@ -46,7 +78,7 @@ struct dataset_helper<T, L, false, true> {
 
     T get_weight(std::size_t i) const { return delivered_weight<T>(*this, i); }
     T element(std::size_t d, std::size_t i) const { return observations[element_index<L>(*this, d, i)]; }
-    std::size_t next_dimension(std::size_t d) const { return next_unmasked<true>(*this, d); }
+    bool computes(std::size_t d) const { return is_unmasked<true>(*this, d); }
 
     std::uint64_t n_dims;
     std::uint64_t n_observations;
@@ -63,7 +95,7 @@ template <typename T, layout L, bool index_64>
 struct dataset_helper<T, L, true, index_64> {
     T get_weight(std::size_t i) const { return delivered_weight<T>(*this, i); }
     T element(std::size_t d, std::size_t i) const { return observations[element_index<L>(*this, d, i)]; }
-    std::size_t next_dimension(std::size_t d) const { return next_unmasked<index_64>(*this, d); }
+    bool computes(std::size_t d) const { return is_unmasked<index_64>(*this, d); }
 
     std::uint64_t n_dims;
     std::uint64_t n_observations;
@@ -92,6 +124,8 @@ namespace gpu {
 
 template <bool row_layout>
 inline constexpr layout layout_of = row_layout ? layout::by_dimension : layout::by_observation;
+template <layout L>
+inline constexpr bool is_row_layout = L == layout::by_dimension;
 
 /** \brief The view that the kernels of a functor take. */
 template <typename Functor, bool row_layout, bool index_64>
