@@ -24,7 +24,7 @@ using functor_tmp = sum_tmp_helper<typename Functor::element_type, Functor::usm,
 
 /**
  * \brief What finishes an estimate of sums: `functor(tmp, d)` turns the totals of dimension d into results and stores
- * them. All work-items of the last group call it, with the same totals, and store the same values.
+ * them. One work-item of the last group calls it.
  *
  * Members: `element_type`, the type of data, totals and results; `usm`, whether data and outputs are pointers;
  * `user_mean`, whether totals are about a caller's mean; `orders`, a fixed_orders, or chosen_orders with a
@@ -52,12 +52,14 @@ void fetch_tile(const Helper& helper, const sycl::local_accessor<T, 1>& local, c
     sycl::group_barrier(item.get_group(), sycl::memory_scope::work_group);
 }
 
-/** \brief Hands dimension \p d, whose totals one work-item has just stored, to the functor. Collective. */
+/** \brief Hands dimension \p d, whose totals work-item 0 has just stored, to the functor. Collective. */
 template <typename Functor>
 void finish(const Functor& functor, const functor_tmp<Functor>& tmp, const sycl::nd_item<1>& item,
             std::size_t d) {
     sycl::group_barrier(item.get_group(), sycl::memory_scope::device);
-    functor(tmp, d);
+    if (item.get_local_id(0) == 0) {
+        functor(tmp, d);
+    }
 }
 
 template <typename T>
