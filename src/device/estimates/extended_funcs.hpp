@@ -13,6 +13,15 @@
 
 namespace aurelo::qtx::stats::detail::gpu::ex {
 
+/**
+ * \brief Stores a moment that several groups of a task have in common. On a queue out of order their kernels may run
+ * beside each other, and all store the same bits.
+ */
+template <typename T>
+void store_shared(T* output, std::size_t d, T value) {
+    store(output, d, value);
+}
+
 template <typename T, bool is_usm>
 struct variation_func_fast;
 template <typename T, bool is_usm>
@@ -36,8 +45,8 @@ struct variation_func_fast<T, true> {
         const power_totals<T> raw(tmp, dim);
         const T weight = total_weight(tmp);
         const central_expansion<T> c(raw, weight);
-        store(mean, dim, c.mean());
-        store(raw2, dim, raw.s2 / weight);
+        store_shared(mean, dim, c.mean());
+        store_shared(raw2, dim, raw.s2 / weight);
         store(out, dim, variation_of(c.order2(), variance_factor(tmp), c.mean()));
     }
 
@@ -53,9 +62,9 @@ struct skewness_func_fast_base {
         const power_totals<T> raw(tmp, dim);
         const T weight = total_weight(tmp);
         const central_expansion<T> c(raw, weight);
-        store(mean, dim, c.mean());
-        store(raw2, dim, raw.s2 / weight);
-        store(raw3, dim, raw.s3 / weight);
+        store_shared(mean, dim, c.mean());
+        store_shared(raw2, dim, raw.s2 / weight);
+        store_shared(raw3, dim, raw.s3 / weight);
         store(out, dim, skewness_of(c, weight, variance_factor(tmp)));
     }
 };
@@ -85,10 +94,10 @@ struct kurtosis_func_fast_base {
         const power_totals<T> raw(tmp, dim);
         const T weight = total_weight(tmp);
         const central_expansion<T> c(raw, weight);
-        store(mean, dim, c.mean());
-        store(raw2, dim, raw.s2 / weight);
-        store(raw3, dim, raw.s3 / weight);
-        store(raw4, dim, raw.s4 / weight);
+        store_shared(mean, dim, c.mean());
+        store_shared(raw2, dim, raw.s2 / weight);
+        store_shared(raw3, dim, raw.s3 / weight);
+        store_shared(raw4, dim, raw.s4 / weight);
         store(out, dim, kurtosis_of(c, weight, variance_factor(tmp)));
     }
 };
@@ -125,16 +134,16 @@ protected:
     void store_all(const power_totals<T>& raw, T weight, unsigned long dim, T mean_value, T central2,
                    T central3, T central4, Ptr mean, Ptr raw2, Ptr raw3, Ptr raw4, Ptr out2, Ptr out3,
                    Ptr out4) const {
-        store(mean, dim, mean_value);
-        store(raw2, dim, raw.s2 / weight);
+        store_shared(mean, dim, mean_value);
+        store_shared(raw2, dim, raw.s2 / weight);
         store(out2, dim, central2);
         if (has_order3) {
-            store(raw3, dim, raw.s3 / weight);
+            store_shared(raw3, dim, raw.s3 / weight);
             store(out3, dim, central3);
         }
         if (has_order4) {
-            store(raw3, dim, raw.s3 / weight);
-            store(raw4, dim, raw.s4 / weight);
+            store_shared(raw3, dim, raw.s3 / weight);
+            store_shared(raw4, dim, raw.s4 / weight);
             store(out4, dim, central4);
         }
     }
