@@ -80,7 +80,7 @@ void queue::set_arguments(const built_kernel& built, const kernel_launch& what, 
     check(clSetKernelArg(kernel, 1, block_bytes(what.local_memory_bytes), nullptr),
           "a kernel's local memory");
     check(clSetKernelArg(kernel, 2, block_bytes(group_bytes(what, image, built)), nullptr),
-          "a kernel's memory of group algorithms");
+          "a kernel's local memory of reductions");
     const auto reachable = context_.allocations();
     if (!reachable.empty()) {
         check(clSetKernelExecInfo(kernel, CL_KERNEL_EXEC_INFO_SVM_PTRS, reachable.size() * sizeof(void*),
